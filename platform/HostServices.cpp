@@ -1,0 +1,62 @@
+#include "platform/HostServices.h"
+
+#include "base/NumberText.h"
+#include "platform/SystemHost.h"
+
+namespace host {
+
+namespace {
+
+HostServices* gInstalled = nullptr;
+
+HostServices& systemHost()
+{
+    static SystemHost host;
+    return host;
+}
+
+// The run-time's conversions read the decimal character from the host.
+std::string hostDecimalChar()
+{
+    return current().localeInfo(LocaleItem::DecimalSeparator).value_or(std::string());
+}
+
+// Until a host is installed the conversions still read the system locale.
+const bool gDecimalCharSourceSet = (rt::setDecimalCharSource(&hostDecimalChar), true);
+
+}  // namespace
+
+HostServices& current() { return gInstalled != nullptr ? *gInstalled : systemHost(); }
+
+void install(HostServices* services)
+{
+    gInstalled = services;
+    rt::setDecimalCharSource(&hostDecimalChar);
+}
+
+std::int16_t msgBox(const std::string& text, std::int32_t style, const std::string& title)
+{
+    return current().msgBox(text, style, title);
+}
+
+void beep() { current().beep(); }
+std::uint32_t tickCount() { return current().tickCount(); }
+void sleep(std::uint32_t milliseconds) { current().sleep(milliseconds); }
+
+std::int16_t defaultAnswer(std::int32_t style)
+{
+    static const std::int16_t buttons[6][3] = {
+        {kResultOk, kResultOk, kResultOk},
+        {kResultOk, kResultCancel, kResultCancel},
+        {kResultAbort, kResultRetry, kResultIgnore},
+        {kResultYes, kResultNo, kResultCancel},
+        {kResultYes, kResultNo, kResultNo},
+        {kResultRetry, kResultCancel, kResultCancel},
+    };
+    const int set = style & 7;
+    const int defaultIndex = (style >> 8) & 3;
+    if (set > 5 || defaultIndex > 2) return kResultOk;
+    return buttons[set][defaultIndex];
+}
+
+}  // namespace host

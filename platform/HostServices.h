@@ -1,0 +1,84 @@
+#pragma once
+// Everything that shows or asks something of the user, or reads the machine,
+// goes through the one installed HostServices, so that the engine and the
+// windows can be tested: the program installs the Qt host, tests install a
+// scripted one (tests/support/ScriptedHost.h).
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace host {
+
+// Message-box style values: buttons + icon + default button, added together.
+enum MsgBoxStyle : std::int32_t {
+    kOkOnly = 0,
+    kOkCancel = 1,
+    kAbortRetryIgnore = 2,
+    kYesNoCancel = 3,
+    kYesNo = 4,
+    kRetryCancel = 5,
+    kCritical = 16,
+    kQuestion = 32,
+    kExclamation = 48,
+    kInformation = 64,
+    kDefaultButton1 = 0,
+    kDefaultButton2 = 256,
+    kDefaultButton3 = 512,
+};
+
+// Message-box result codes.
+enum MsgBoxResult : std::int16_t {
+    kResultOk = 1,
+    kResultCancel = 2,
+    kResultAbort = 3,
+    kResultRetry = 4,
+    kResultIgnore = 5,
+    kResultYes = 6,
+    kResultNo = 7,
+};
+
+// Locale items by their published numbers.
+enum class LocaleItem : std::int32_t {
+    RegionCode = 5,         // the user's region, as a string of digits
+    DecimalSeparator = 14,  // normally one character
+};
+
+class HostServices {
+public:
+    virtual ~HostServices() = default;
+
+    // Shows a modal message box and returns the button chosen (1..7).
+    virtual std::int16_t msgBox(const std::string& text, std::int32_t style,
+                                const std::string& title) = 0;
+    virtual void beep() = 0;
+    // Milliseconds since an arbitrary start, wrapping at 2^32.
+    virtual std::uint32_t tickCount() = 0;
+    // The sleep every polling loop uses between two looks.
+    virtual void sleep(std::uint32_t milliseconds) = 0;
+    // One item of the user's locale; no value when it cannot be read.
+    virtual std::optional<std::string> localeInfo(LocaleItem item) = 0;
+    // Per-user settings: string values addressed by application key, section
+    // and key; the default comes back for a key that is not there.
+    virtual std::string getSetting(const std::string& appKey, const std::string& section,
+                                   const std::string& key, const std::string& defaultValue) = 0;
+    virtual void saveSetting(const std::string& appKey, const std::string& section,
+                             const std::string& key, const std::string& value) = 0;
+};
+
+// The installed host; the system host (no windows) until one is installed.
+HostServices& current();
+// Installs a host for the whole process; nullptr goes back to the system host.
+void install(HostServices* services);
+
+// Shorthands for the installed host.
+std::int16_t msgBox(const std::string& text, std::int32_t style = kOkOnly,
+                    const std::string& title = {});
+void beep();
+std::uint32_t tickCount();
+void sleep(std::uint32_t milliseconds);
+
+// The answer a box of this style gives when nobody can be asked: its
+// default button.
+std::int16_t defaultAnswer(std::int32_t style);
+
+}  // namespace host

@@ -1,0 +1,54 @@
+#pragma once
+// Start-up texts and small text and focus helpers used all over the program.
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "base/Types.h"
+
+struct utsname;
+namespace ui {
+class Control;
+}
+
+// The operating-system description, filled at start-up; "Windows version
+// unknown" when it cannot be read (the error log's first line shows it).
+extern std::string gsOSVersion;
+// The program's title text, "Wavelark v1.0.0".
+extern std::string gsProgNameVersion;
+// Whether the user's regional settings changed since the settings were last
+// written, kept by gGStartUpSetStuff for the main window's start-up.
+extern Bool16 gbUserRegionChanged;
+
+// Fills gsOSVersion and gsProgNameVersion and keeps the regional check's
+// answer in gbUserRegionChanged.
+void gGStartUpSetStuff(ErrorFlag& bError);
+
+// "Linux v" & major & "." & minor & " Build " & patch & " " & the kernel's
+// version text, from uname; "Windows version unknown" when uname fails.
+std::string gsGGetOSVersion(ErrorFlag& bError);
+
+// gsProgNameVersion = product name & " v" & major & "." & minor & "." & revision.
+void gGSetProgNameVersionUser(ErrorFlag& bError);
+
+// A Null value (no value) gives ""; otherwise leading NULs, then trailing
+// NULs, then surrounding blanks are removed.
+std::string gsGTrim(const std::optional<std::string>& vText, ErrorFlag& bError);
+// Drops sChar from the front of sText as long as it is the first character.
+std::string gsGStringLeftStrip(const std::string& sText, const std::string& sChar,
+                               ErrorFlag& bError);
+// True when gsGTrim(sText) keeps at least one character.
+Bool16 gbGLenTrim(const std::string& sText, ErrorFlag& bError);
+// The character code of the first character, 0 for an empty text.
+std::int16_t gnGAscii(const std::string& sText);
+// Gives the control the focus when it is enabled and visible.
+Bool16 gbGSetFocus(ui::Control& control);
+
+// Seams: the regional check that gGStartUpSetStuff calls (the numeric-entry
+// layer installs gbGetLocaleInfoUserRegionChanged; until then it answers
+// False), and the uname call behind gsGGetOSVersion.
+using RegionChangedCheck = std::function<Bool16(ErrorFlag&)>;
+void gSetRegionChangedCheck(RegionChangedCheck check);
+using UnameCall = int (*)(struct utsname*);
+void gSetUnameForTesting(UnameCall call);

@@ -1,0 +1,88 @@
+#include "window/PictureBox.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+#include "window/Colors.h"
+
+namespace ui {
+
+PictureBox::PictureBox(const QString& name, QWidget* parent)
+    : QFrame(parent), backColor_(kColourButtonFace), foreColor_(kColourButtonText)
+{
+    setObjectName(name);
+    setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    image_ = QImage(sizeHint(), QImage::Format_RGB32);
+    image_.fill(toQColor(backColor_));
+}
+
+void PictureBox::setBackColor(std::int32_t colour)
+{
+    backColor_ = colour;
+    cls();
+    update();
+}
+
+QPen PictureBox::pen() const
+{
+    static const Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine,
+                                          Qt::DashDotLine, Qt::DashDotDotLine, Qt::NoPen};
+    const int index = drawStyle_ >= 0 && drawStyle_ <= 5 ? drawStyle_ : 0;
+    return QPen(toQColor(foreColor_), 1, styles[index]);
+}
+
+void PictureBox::cls()
+{
+    image_.fill(toQColor(backColor_));
+    current_ = QPointF(0, 0);
+}
+
+void PictureBox::moveTo(float x, float y) { current_ = QPointF(x, y); }
+
+void PictureBox::lineTo(float x, float y) { line(current_.x(), current_.y(), x, y); }
+
+void PictureBox::line(float x1, float y1, float x2, float y2)
+{
+    QPainter painter(&image_);
+    painter.setPen(pen());
+    painter.drawLine(QPointF(x1, y1), QPointF(x2, y2));
+    current_ = QPointF(x2, y2);
+}
+
+void PictureBox::box(float x1, float y1, float x2, float y2)
+{
+    QPainter painter(&image_);
+    painter.setPen(pen());
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(QRectF(QPointF(x1, y1), QPointF(x2, y2)).normalized());
+    current_ = QPointF(x2, y2);
+}
+
+void PictureBox::paintEvent(QPaintEvent* event)
+{
+    {
+        QPainter painter(this);
+        painter.drawImage(contentsRect().topLeft(), image_);
+    }
+    QFrame::paintEvent(event);  // the frame over the picture's edge
+}
+
+void PictureBox::resizeEvent(QResizeEvent* event)
+{
+    QFrame::resizeEvent(event);
+    if (contentsRect().size() == image_.size()) return;
+    QImage grown(contentsRect().size(), QImage::Format_RGB32);
+    grown.fill(toQColor(backColor_));
+    QPainter painter(&grown);
+    painter.drawImage(0, 0, image_);
+    image_ = grown;
+}
+
+void PictureBox::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()) && Click)
+        Click();
+}
+
+}  // namespace ui

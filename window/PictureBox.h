@@ -1,0 +1,67 @@
+#pragma once
+// The picture box: a plot surface that draws into a retained image, so what
+// was drawn stays until it is cleared. Its background colour is a program
+// colour value (a system colour by default); Click is raised on a click.
+#include <cstdint>
+#include <functional>
+
+#include <QImage>
+#include <QPointF>
+#include <QFrame>
+
+#include "platform/Control.h"
+#include "platform/PlotSurface.h"
+
+namespace ui {
+
+class PictureBox : public QFrame, public Control, public PlotSurface {
+    Q_OBJECT
+public:
+    PictureBox(const QString& name, QWidget* parent = nullptr);
+
+    std::function<void()> Click;
+
+    void setBackColor(std::int32_t colour);
+    // The drawing area in pixels (inside the sunken frame).
+    int scaleWidth() const { return image_.width(); }
+    int scaleHeight() const { return image_.height(); }
+    const QImage& image() const { return image_; }
+
+    // Control
+    std::string name() const override { return objectName().toStdString(); }
+    std::string typeName() const override { return "PictureBox"; }
+    bool enabled() const override { return isEnabled(); }
+    void setEnabled(bool enabled) override { QFrame::setEnabled(enabled); }
+    bool visible() const override { return isVisibleTo(window()); }
+    void setFocus() override { QFrame::setFocus(Qt::OtherFocusReason); }
+
+    // PlotSurface
+    std::int32_t backColor() const override { return backColor_; }
+    std::int32_t foreColor() const override { return foreColor_; }
+    void setForeColor(std::int32_t colour) override { foreColor_ = colour; }
+    void setDrawStyle(std::int16_t style) override { drawStyle_ = style; }
+    void cls() override;
+    void moveTo(float x, float y) override;
+    void lineTo(float x, float y) override;
+    void line(float x1, float y1, float x2, float y2) override;
+    void box(float x1, float y1, float x2, float y2) override;
+    void refresh() override { update(); }
+
+    QSize sizeHint() const override { return {320, 180}; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    QPen pen() const;
+
+    std::int32_t backColor_;
+    std::int32_t foreColor_;
+    std::int16_t drawStyle_ = 0;
+    QPointF current_;
+    QImage image_;
+};
+
+}  // namespace ui

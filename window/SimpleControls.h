@@ -1,0 +1,80 @@
+#pragma once
+// Labels and buttons as the handlers know them.
+//  - Label: a caption with a fore colour kept as a program colour value.
+//  - CheckBox: Value 0 clear, 1 checked; Click runs whenever the value
+//    changes, from the user or from code.
+//  - OptionButton: Value true when selected; setting it to true selects it,
+//    deselects its group partners and runs Click (also when it was already
+//    selected); setting it to false does neither.
+//  - CommandButton: Click on a press.
+#include <cstdint>
+#include <functional>
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include "platform/Control.h"
+
+namespace ui {
+
+// Control members shared by the widget stand-ins below.
+template <class Widget>
+class WidgetStandIn : public Widget, public Control {
+public:
+    using Widget::Widget;
+    std::string name() const override { return this->objectName().toStdString(); }
+    bool enabled() const override { return this->isEnabled(); }
+    void setEnabled(bool enabled) override { Widget::setEnabled(enabled); }
+    bool visible() const override { return this->isVisibleTo(this->window()); }
+    void setFocus() override { Widget::setFocus(Qt::OtherFocusReason); }
+    std::string text() const override { return Widget::text().toStdString(); }
+    void setText(const std::string& text) override { Widget::setText(QString::fromStdString(text)); }
+};
+
+class Label : public WidgetStandIn<QLabel> {
+    Q_OBJECT
+public:
+    Label(const QString& name, const QString& caption, QWidget* parent = nullptr);
+    std::string typeName() const override { return "Label"; }
+
+    std::int32_t foreColor() const { return foreColor_; }
+    void setForeColor(std::int32_t colour);
+
+private:
+    std::int32_t foreColor_;
+};
+
+class CheckBox : public WidgetStandIn<QCheckBox> {
+    Q_OBJECT
+public:
+    CheckBox(const QString& name, const QString& caption, QWidget* parent = nullptr);
+    std::string typeName() const override { return "CheckBox"; }
+
+    std::function<void()> Click;
+    std::int16_t value() const { return isChecked() ? 1 : 0; }
+    void setValue(std::int16_t value) { setChecked(value != 0); }
+};
+
+class OptionButton : public WidgetStandIn<QRadioButton> {
+    Q_OBJECT
+public:
+    OptionButton(const QString& name, const QString& caption, QWidget* parent = nullptr);
+    std::string typeName() const override { return "OptionButton"; }
+
+    std::function<void()> Click;
+    bool value() const { return isChecked(); }
+    void setValue(bool value);
+};
+
+class CommandButton : public WidgetStandIn<QPushButton> {
+    Q_OBJECT
+public:
+    CommandButton(const QString& name, const QString& caption, QWidget* parent = nullptr);
+    std::string typeName() const override { return "CommandButton"; }
+
+    std::function<void()> Click;
+};
+
+}  // namespace ui
