@@ -1,0 +1,71 @@
+#include "tests/support/ScriptedHost.h"
+
+#include <chrono>
+#include <thread>
+
+#include "tests/support/TestEnvironment.h"
+
+namespace testing_support {
+
+ScriptedHost::ScriptedHost()
+    : settingsFolder_(makeTempFolder("settings")), settings_(settingsFolder_)
+{
+    host::install(this);
+}
+
+ScriptedHost::~ScriptedHost() { host::install(nullptr); }
+
+std::int16_t ScriptedHost::msgBox(const std::string& text, std::int32_t style,
+                                  const std::string& title)
+{
+    boxes.push_back({text, style, title});
+    if (onBox) onBox(boxes.back());
+    if (answers.empty()) return host::defaultAnswer(style);
+    const std::int16_t answer = answers.front();
+    answers.pop_front();
+    return answer;
+}
+
+void ScriptedHost::useSimulatedTime(std::uint32_t startTick)
+{
+    simulated_ = true;
+    tick_ = startTick;
+}
+
+std::uint32_t ScriptedHost::tickCount()
+{
+    if (simulated_) return tick_;
+    using namespace std::chrono;
+    return static_cast<std::uint32_t>(
+        duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+}
+
+void ScriptedHost::sleep(std::uint32_t milliseconds)
+{
+    sleptMs += milliseconds;
+    if (!simulated_) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        return;
+    }
+    tick_ += milliseconds;
+    for (auto& listener : sleepListeners) listener(milliseconds);
+}
+
+std::optional<std::string> ScriptedHost::localeInfo(host::LocaleItem item)
+{
+    return item == host::LocaleItem::DecimalSeparator ? decimalChar : regionCode;
+}
+
+std::string ScriptedHost::getSetting(const std::string& appKey, const std::string& section,
+                                     const std::string& key, const std::string& defaultValue)
+{
+    return settings_.get(appKey, section, key, defaultValue);
+}
+
+void ScriptedHost::saveSetting(const std::string& appKey, const std::string& section,
+                               const std::string& key, const std::string& value)
+{
+    settings_.save(appKey, section, key, value);
+}
+
+}  // namespace testing_support

@@ -1,0 +1,48 @@
+#include "tests/support/TestEnvironment.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+
+namespace testing_support {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string gHome;
+
+void removeHome()
+{
+    std::error_code ignored;
+    if (!gHome.empty()) fs::remove_all(gHome, ignored);
+}
+
+}  // namespace
+
+std::string isolateUserFolders()
+{
+    if (!gHome.empty()) return gHome;
+    std::string pattern = (fs::temp_directory_path() / "wavelark-test-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    gHome = pattern;
+    for (const char* sub : {"config", "state", "data", "cache"}) fs::create_directories(fs::path(gHome) / sub);
+    ::setenv("HOME", gHome.c_str(), 1);
+    ::setenv("XDG_CONFIG_HOME", (gHome + "/config").c_str(), 1);
+    ::setenv("XDG_STATE_HOME", (gHome + "/state").c_str(), 1);
+    ::setenv("XDG_DATA_HOME", (gHome + "/data").c_str(), 1);
+    ::setenv("XDG_CACHE_HOME", (gHome + "/cache").c_str(), 1);
+    std::atexit(&removeHome);
+    return gHome;
+}
+
+const std::string& testHome() { return gHome; }
+
+std::string makeTempFolder(const std::string& hint)
+{
+    std::string pattern = gHome + "/" + hint + "-XXXXXX";
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    return pattern;
+}
+
+}  // namespace testing_support

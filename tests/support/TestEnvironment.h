@@ -1,0 +1,18 @@
+#pragma once
+// Every test process runs in its own temporary HOME with its own XDG
+// folders, so nothing a test does can reach the user's settings or log.
+#include <string>
+
+namespace testing_support {
+
+// Points HOME and the XDG folders at a fresh temporary folder (removed when
+// the process ends) and returns that folder.
+std::string isolateUserFolders();
+
+// The temporary HOME of this process.
+const std::string& testHome();
+
+// A new empty folder under the temporary HOME.
+std::string makeTempFolder(const std::string& hint);
+
+}  // namespace testing_support
