@@ -93,11 +93,17 @@ std::string gsGTrim(const std::optional<std::string>& vText, ErrorFlag& bError)
     rt::Trap trap(kModule, "gsGTrim", bError);
     trap.step([&] {
         if (!vText) return;
-        text = gsGStringLeftStrip(*vText, std::string(1, '\0'), bError);
-        while (!text.empty() && text.back() == '\0') text.pop_back();
-        const auto first = text.find_first_not_of(' ');
-        const auto last = text.find_last_not_of(' ');
-        text = first == std::string::npos ? std::string() : text.substr(first, last - first + 1);
+        // Leading NULs, trailing NULs and surrounding blanks go, as often as
+        // they uncover each other, so a text of NULs and blanks alone is empty.
+        text = *vText;
+        for (std::string before; before != text;) {
+            before = text;
+            text = gsGStringLeftStrip(text, std::string(1, '\0'), bError);
+            while (!text.empty() && text.back() == '\0') text.pop_back();
+            const auto first = text.find_first_not_of(' ');
+            const auto last = text.find_last_not_of(' ');
+            text = first == std::string::npos ? std::string() : text.substr(first, last - first + 1);
+        }
     });
     return text;
 }

@@ -32,8 +32,8 @@ std::string gsGGetOSVersion(ErrorFlag& bError);
 // gsProgNameVersion = product name & " v" & major & "." & minor & "." & revision.
 void gGSetProgNameVersionUser(ErrorFlag& bError);
 
-// A Null value (no value) gives ""; otherwise leading NULs, then trailing
-// NULs, then surrounding blanks are removed.
+// A Null value (no value) gives ""; otherwise leading NULs, trailing NULs and
+// surrounding blanks are removed until none is left at either end.
 std::string gsGTrim(const std::optional<std::string>& vText, ErrorFlag& bError);
 // Drops sChar from the front of sText as long as it is the first character.
 std::string gsGStringLeftStrip(const std::string& sText, const std::string& sChar,

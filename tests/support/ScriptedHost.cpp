@@ -20,7 +20,12 @@ std::int16_t ScriptedHost::msgBox(const std::string& text, std::int32_t style,
 {
     boxes.push_back({text, style, title});
     if (onBox) onBox(boxes.back());
-    if (answers.empty()) return host::defaultAnswer(style);
+    if (answers.empty()) {
+        // An unscripted error box answers Abort, so a failing step cannot be
+        // retried for ever; other boxes take their default button.
+        if ((style & 7) == host::kAbortRetryIgnore) return host::kResultAbort;
+        return host::defaultAnswer(style);
+    }
     const std::int16_t answer = answers.front();
     answers.pop_front();
     return answer;

@@ -1,6 +1,7 @@
 #pragma once
 // A host for tests: every message box is recorded (text, style, title) and
-// answered from a queue (its default button when the queue is empty), beeps
+// answered from a queue (when the queue is empty: Abort for an Abort / Retry /
+// Ignore box, the default button for any other), beeps
 // are counted, the locale is set by the test, settings live in a temporary
 // folder. The clock is real by default; in simulated time the tick count
 // stands still until something sleeps, and each sleep advances it by exactly

@@ -1,0 +1,166 @@
+// Start-up texts, the text helpers, and enabling a form's controls.
+#include <gtest/gtest.h>
+
+#include <sys/utsname.h>
+
+#include <cstring>
+
+#include "base/Trap.h"
+#include "services/modControlsEnable.h"
+#include "services/modErrorHandler.h"
+#include "services/modFormPtr.h"
+#include "services/modGeneral.h"
+#include "tests/support/FakeControls.h"
+#include "tests/support/ScriptedHost.h"
+#include "tests/support/TestEnvironment.h"
+
+namespace {
+
+using testing_support::FakeControl;
+using testing_support::FakeForm;
+using testing_support::ScriptedHost;
+
+const char* gRelease = "";
+
+int fakeUname(struct utsname* info)
+{
+    std::memset(info, 0, sizeof *info);
+    std::strncpy(info->release, gRelease, sizeof info->release - 1);
+    std::strncpy(info->version, "#1 SMP PREEMPT_DYNAMIC Debian 6.1.112-1", sizeof info->version - 1);
+    return 0;
+}
+
+class StartUpTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        gSetProgramPathForTesting(testing_support::makeTempFolder("program") + "/wavelark");
+        gInstallErrorHandler();
+        gSetUnameForTesting(&fakeUname);
+    }
+    void TearDown() override
+    {
+        gSetUnameForTesting(nullptr);
+        gSetRegionChangedCheck(nullptr);
+        gSetProgramPathForTesting("");
+        rt::setErrorReporter(nullptr);
+    }
+    ScriptedHost host;
+    ErrorFlag flag = kFalse;
+};
+
+TEST_F(StartUpTest, DescribesTheRunningKernel)
+{
+    gRelease = "6.1.0-27-amd64";
+    EXPECT_EQ(gsGGetOSVersion(flag),
+              "Linux v6.1 Build 0 #1 SMP PREEMPT_DYNAMIC Debian 6.1.112-1");
+    gRelease = "5.15.167.4-microsoft-standard";
+    EXPECT_EQ(gsGGetOSVersion(flag).substr(0, 22), "Linux v5.15 Build 167 ");
+    gRelease = "6.8";
+    EXPECT_EQ(gsGGetOSVersion(flag).substr(0, 18), "Linux v6.8 Build 0");
+    EXPECT_EQ(flag, kFalse);
+    EXPECT_TRUE(host.boxes.empty());
+}
+
+TEST_F(StartUpTest, AnUnreadableVersionIsReportedThenCalledUnknown)
+{
+    gRelease = "weird";
+    gGStartUpSetStuff(flag);
+    ASSERT_EQ(host.boxes.size(), 1u);
+    EXPECT_NE(host.boxes[0].text.find("modGeneral.gsGGetOSVersion."), std::string::npos);
+    EXPECT_EQ(gsOSVersion, "Windows version unknown");
+    EXPECT_EQ(flag, kFalse) << "start-up goes on with the unknown version";
+    EXPECT_EQ(gsProgNameVersion, "Wavelark v1.0.0");
+}
+
+TEST_F(StartUpTest, KeepsTheRegionalCheckUnlessItFailed)
+{
+    gRelease = "6.1.0";
+    gSetRegionChangedCheck([](ErrorFlag&) { return kTrue; });
+    gGStartUpSetStuff(flag);
+    EXPECT_EQ(gbUserRegionChanged, kTrue);
+
+    gSetRegionChangedCheck([](ErrorFlag& bError) {
+        bError = kTrue;
+        return kFalse;
+    });
+    gGStartUpSetStuff(flag);
+    EXPECT_EQ(gbUserRegionChanged, kTrue) << "a failed check leaves the flag as it was";
+    gbUserRegionChanged = kFalse;
+}
+
+TEST(TextHelpers, TrimDropsNulsAndBlanksAtBothEnds)
+{
+    ErrorFlag flag = kFalse;
+    using namespace std::string_literals;
+    EXPECT_EQ(gsGTrim(std::nullopt, flag), "");
+    EXPECT_EQ(gsGTrim("\0\0  abc  \0\0"s, flag), "abc");
+    EXPECT_EQ(gsGTrim(" \0 \0 \0 "s, flag), "");
+    EXPECT_EQ(gsGTrim("\0\0\0"s, flag), "");
+    EXPECT_EQ(gsGTrim("   "s, flag), "");
+    EXPECT_EQ(gsGTrim("a\0b "s, flag), "a\0b"s) << "inner NULs stay";
+    EXPECT_EQ(gbGLenTrim("\0 "s, flag), kFalse);
+    EXPECT_EQ(gbGLenTrim(" x"s, flag), kTrue);
+    EXPECT_EQ(gsGStringLeftStrip("xxaxb", "x", flag), "axb");
+    EXPECT_EQ(flag, kFalse);
+}
+
+TEST(TextHelpers, CharacterCodeOfTheFirstCharacter)
+{
+    EXPECT_EQ(gnGAscii(""), 0);
+    EXPECT_EQ(gnGAscii("A"), 65);
+    EXPECT_EQ(gnGAscii(",5"), 44);
+    EXPECT_EQ(gnGAscii("\xC3\xA9"), 233);  // é
+}
+
+TEST(Focus, OnlyAnEnabledVisibleControlTakesIt)
+{
+    FakeControl box("txtFrequency1", "TextBox");
+    EXPECT_EQ(gbGSetFocus(box), kTrue);
+    EXPECT_EQ(box.focusCount, 1);
+    box.setVisible(false);
+    EXPECT_EQ(gbGSetFocus(box), kFalse);
+    box.setVisible(true);
+    box.setEnabled(false);
+    EXPECT_EQ(gbGSetFocus(box), kFalse);
+    EXPECT_EQ(box.focusCount, 1);
+}
+
+TEST(ControlsEnable, SwitchesEverythingButSeparatorsAndTheColourDialog)
+{
+    FakeForm other("frmOther");
+    FakeForm form("frmWavelark");
+    FakeControl& text = form.add("txtFrequency1", "TextBox");
+    FakeControl& menu = form.add("mnuFile", "Menu", "&File");
+    FakeControl& separator = form.add("mnuFiHyphen", "Menu", "-");
+    FakeControl& dialog = form.add("CommonDialogue", "CommonDialog");
+    FakeControl& label = form.add("lblPercent", "Label", "-");  // only menu separators are skipped
+    ErrorFlag flag = kFalse;
+
+    EXPECT_EQ(gnFormPtr("frmWavelark", flag), 1);
+    EXPECT_EQ(gnFormPtr("frmAbout", flag), -1);
+
+    gControlsEnable("frmWavelark", kFalse, flag);
+    EXPECT_FALSE(text.enabled());
+    EXPECT_FALSE(menu.enabled());
+    EXPECT_FALSE(label.enabled());
+    EXPECT_TRUE(separator.enabled());
+    EXPECT_TRUE(dialog.enabled());
+
+    gControlsEnable("frmWavelark", kTrue, flag);
+    EXPECT_TRUE(text.enabled());
+    EXPECT_TRUE(menu.enabled());
+    EXPECT_EQ(flag, kFalse);
+}
+
+TEST(ControlsEnable, AFormThatIsNotOpenIsLeftAlone)
+{
+    FakeForm form("frmAbout");
+    FakeControl& button = form.add("cmdOK", "CommandButton");
+    ErrorFlag flag = kFalse;
+    gControlsEnable("frmWavelark", kFalse, flag);
+    EXPECT_TRUE(button.enabled());
+    EXPECT_EQ(flag, kFalse);
+}
+
+}  // namespace
