@@ -74,7 +74,7 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     top->addWidget(makeLevelPanel());
     picPolarity = make<ui::PictureBox>("picPolarity");
     picPolarity->setToolTip("Click to change the background colour");
-    picPolarity->setMinimumSize(320, 180);
+    picPolarity->setMinimumSize(360, 200);
     top->addWidget(picPolarity, 1);
     CommonDialogue = controls_.adopt(std::make_unique<ui::CommonDialog>(this, "CommonDialogue"));
 
@@ -181,7 +181,7 @@ QWidget* frmWavelark::makeTabs()
     tabTab->addTab(makeBurstPage(), "B&urst");
     tabTab->addTab(makeInfoPage(), "Inf&o");
     tabTab->addTab(makeSystemPage(), "S&ystem");
-    tabTab->setMinimumHeight(190);
+    tabTab->setMinimumHeight(150);
     return tabTab;
 }
 
