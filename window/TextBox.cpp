@@ -76,11 +76,17 @@ class LeaveGuard : public QObject {
 public:
     using QObject::QObject;
 
-    // A leave that was asked and allowed before the focus moved: the
-    // focus-out that follows does not ask again.
-    bool leaveAllowed = false;
+    // True when the focus arriving at `focus` is a leave that was asked and
+    // allowed before the focus moved; it is not asked again.
+    bool takeAllowedLeave(const QWidget* focus)
+    {
+        const bool allowed = !allowedTarget_.isNull() && allowedTarget_ == focus;
+        allowedTarget_ = nullptr;
+        return allowed;
+    }
+
     // The focus-out of a press sent to a widget refused the leave: the press
-    // itself is swallowed when it arrives.
+    // itself is swallowed when it reaches the widget.
     bool refusePress = false;
 
 protected:
@@ -104,7 +110,7 @@ protected:
 private:
     bool pressAtWidget()
     {
-        leaveAllowed = false;
+        allowedTarget_ = nullptr;
         const bool refuse = refusePress;
         refusePress = false;
         return refuse;
@@ -112,37 +118,37 @@ private:
 
     bool pressAtWindow(QWindow* window, QMouseEvent* press)
     {
-        leaveAllowed = false;
+        allowedTarget_ = nullptr;
         refusePress = false;
         TextBox* box = focusedBox();
         QWidget* topLevel = topLevelOf(window);
         if (box == nullptr || topLevel == nullptr || topLevel != box->window()) return false;
-        QWidget* target = clickFocusTarget(topLevel, press->position().toPoint());
-        if (!isLeaving(box, target)) return false;
-        // The second press of a double click on a control that was just
-        // refused: the message has been shown once already.
-        if (press->type() == QEvent::MouseButtonDblClick && target == refusedTarget_) return true;
-        if (!box->validateLeaving()) {
-            refusedTarget_ = target;
-            return true;
-        }
-        refusedTarget_ = nullptr;
-        leaveAllowed = true;
-        return false;
+        return refuseLeave(box, clickFocusTarget(topLevel, press->position().toPoint()));
     }
 
     bool accelerator(QWidget* target)
     {
+        allowedTarget_ = nullptr;
         if (auto* label = qobject_cast<QLabel*>(target); label != nullptr && label->buddy() != nullptr)
             target = label->buddy();
-        TextBox* box = focusedBox();
+        return refuseLeave(focusedBox(), target);
+    }
+
+    // Asks the box whether the focus may go to the target; true (swallow
+    // the event) when it may not.
+    bool refuseLeave(TextBox* box, QWidget* target)
+    {
         if (!isLeaving(box, target)) return false;
         if (!box->validateLeaving()) return true;
-        leaveAllowed = true;
+        while (target->focusProxy() != nullptr) target = target->focusProxy();
+        allowedTarget_ = target;
+        // Not every allowed event moves the focus (an accelerator clicks its
+        // button in place): the permission ends with this event.
+        QTimer::singleShot(0, this, [this] { allowedTarget_ = nullptr; });
         return false;
     }
 
-    QPointer<QWidget> refusedTarget_;
+    QPointer<QWidget> allowedTarget_;
 };
 
 LeaveGuard& leaveGuard()
@@ -303,16 +309,12 @@ void TextBox::focusOutEvent(QFocusEvent* event)
     case Qt::PopupFocusReason:
     case Qt::MenuBarFocusReason:
         return;  // another window, a popup or the menus: not leaving the box
-    case Qt::MouseFocusReason:
-    case Qt::ShortcutFocusReason:
-        if (guard.leaveAllowed) {
-            guard.leaveAllowed = false;
-            return;
-        }
-        break;
     default:
         break;
     }
+    const QWidget* next = QApplication::focusWidget();
+    if (guard.takeAllowedLeave(next)) return;  // a click or accelerator asked already
+    if (next != nullptr && !isLeaving(this, next)) return;
     // The focus has already moved (a focus change from code, or a press sent
     // straight to a widget): ask now and take the focus back on a refusal.
     losingFocus_ = true;
