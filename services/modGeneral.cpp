@@ -167,7 +167,8 @@ std::string gsGFormat(float Value, ErrorFlag& bError)
 
 void gSetRegionChangedCheck(RegionChangedCheck check)
 {
-    gRegionChangedCheck = check ? std::move(check) : RegionChangedCheck(&gbGetLocaleInfoUserRegionChanged);
+    gRegionChangedCheck =
+        check ? std::move(check) : RegionChangedCheck(&gbGetLocaleInfoUserRegionChanged);
 }
 
 void gSetUnameForTesting(UnameCall call) { gUname = call != nullptr ? call : &::uname; }

@@ -314,7 +314,7 @@ void TextBox::focusOutEvent(QFocusEvent* event)
     }
     const QWidget* next = QApplication::focusWidget();
     if (guard.takeAllowedLeave(next)) return;  // a click or accelerator asked already
-    if (next != nullptr && !isLeaving(this, next)) return;
+    if (!isLeaving(this, next)) return;  // no control, or one that does not ask
     // The focus has already moved (a focus change from code, or a press sent
     // straight to a widget): ask now and take the focus back on a refusal.
     losingFocus_ = true;
