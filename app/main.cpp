@@ -1,6 +1,7 @@
 // Wavelark: a sound-card signal generator and test instrument.
 #include <QApplication>
 
+#include "entry/frmInputNumber.h"
 #include "platform/HostServices.h"
 #include "platform/qt/QtHost.h"
 #include "services/modErrorHandler.h"
@@ -15,6 +16,7 @@ int main(int argc, char* argv[])
     host::QtHost qtHost;
     host::install(&qtHost);
     gInstallErrorHandler();
+    gInstallInputNumberDialog();
 
     frmWavelark window;
     window.Form_Load();

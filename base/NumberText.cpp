@@ -4,7 +4,9 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base/Convert.h"
 #include "base/RuntimeError.h"
@@ -48,6 +50,100 @@ std::string withDecimalChar(std::string text, std::string_view decimalChar)
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+struct Pattern {
+    int integerDigits = 0;
+    int decimals = 0;
+};
+
+Pattern readPattern(std::string_view pattern, std::string_view decimalChar)
+{
+    Pattern read;
+    bool pointSeen = false;
+    std::size_t i = 0;
+    while (i < pattern.size()) {
+        if (pattern[i] == '0') {
+            ++(pointSeen ? read.decimals : read.integerDigits);
+            ++i;
+        } else if (!pointSeen && !decimalChar.empty() && pattern.substr(i).starts_with(decimalChar)) {
+            pointSeen = true;
+            i += decimalChar.size();
+        } else if (!pointSeen && pattern[i] == '.') {
+            pointSeen = true;
+            ++i;
+        } else {
+            raise(kErrInvalidCall);
+        }
+    }
+    return read;
+}
+
+// Adds one unit in the last place of a string of decimal digits; true when
+// the carry runs out of the front (999 -> 000).
+bool incrementDigits(std::string& digits)
+{
+    for (auto it = digits.rbegin(); it != digits.rend(); ++it) {
+        if (*it != '9') {
+            ++*it;
+            return false;
+        }
+        *it = '0';
+    }
+    return true;
+}
+
+// |value| to `significant` digits, then rounded half away from zero to
+// `decimals` places; returns the integer digits (leading zeros removed) and
+// the decimal digits.
+std::pair<std::string, std::string> fixedDigits(double value, int significant, int decimals)
+{
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%.*e", significant - 1, std::fabs(value));
+    const std::string text(buffer);  // d.ddddde+XX
+    const auto e = text.find('e');
+    std::string digits = text.substr(0, 1) + text.substr(2, e - 2);
+    const int exponent = std::atoi(text.c_str() + e + 1);
+
+    std::string all;
+    std::size_t point = 0;  // digits before the decimal point
+    if (exponent >= 0) {
+        all = digits;
+        point = static_cast<std::size_t>(exponent) + 1;
+    } else {
+        all = std::string(static_cast<std::size_t>(-exponent), '0') + digits;
+        point = 1;
+    }
+    const std::size_t kept = point + static_cast<std::size_t>(decimals);
+    if (all.size() < kept + 1) all.append(kept + 1 - all.size(), '0');
+    const bool roundUp = all[kept] >= '5';
+    all.resize(kept);
+    if (roundUp && incrementDigits(all)) {
+        all.insert(all.begin(), '1');
+        ++point;
+    }
+    std::string integer = all.substr(0, point);
+    const auto firstNonZero = integer.find_first_not_of('0');
+    integer = firstNonZero == std::string::npos ? std::string() : integer.substr(firstNonZero);
+    return {integer, all.substr(point)};
+}
+
+std::string formatWithDigits(double value, int significant, std::string_view pattern,
+                             std::string_view decimalChar)
+{
+    if (!std::isfinite(value)) raise(kErrOverflow);
+    const Pattern read = readPattern(pattern, decimalChar);
+    auto [integer, fraction] = fixedDigits(value, significant, read.decimals);
+    const bool allZero = integer.empty() && fraction.find_first_not_of('0') == std::string::npos;
+    if (static_cast<int>(integer.size()) < read.integerDigits)
+        integer.insert(0, static_cast<std::size_t>(read.integerDigits) - integer.size(), '0');
+    std::string text = (value < 0 && !allZero) ? "-" : "";
+    text += integer;
+    if (read.decimals > 0) {
+        text += decimalChar;
+        text += fraction;
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string strNumber(double value) { return locallyIndependent(value, 15); }
@@ -67,6 +163,28 @@ std::string userText(float value, std::string_view decimalChar)
 
 std::string userText(double value) { return userText(value, userDecimalChar()); }
 std::string userText(float value) { return userText(value, userDecimalChar()); }
+
+std::string formatNumber(double value, std::string_view pattern, std::string_view decimalChar)
+{
+    if (pattern.empty()) return userText(value, decimalChar);
+    return formatWithDigits(value, 15, pattern, decimalChar);
+}
+
+std::string formatNumber(float value, std::string_view pattern, std::string_view decimalChar)
+{
+    if (pattern.empty()) return userText(value, decimalChar);
+    return formatWithDigits(value, 7, pattern, decimalChar);
+}
+
+std::string formatNumber(double value, std::string_view pattern)
+{
+    return formatNumber(value, pattern, userDecimalChar());
+}
+
+std::string formatNumber(float value, std::string_view pattern)
+{
+    return formatNumber(value, pattern, userDecimalChar());
+}
 
 std::optional<double> parseNumber(std::string_view text, std::string_view decimalChar)
 {

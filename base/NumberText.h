@@ -31,6 +31,21 @@ std::string userText(float value, std::string_view decimalChar);
 std::string userText(double value);
 std::string userText(float value);
 
+// Formats a value with a display pattern of "0" digits and at most one
+// decimal placeholder (the given decimal character, or a full stop): the
+// zeros before it are the least number of integer digits, those after it the
+// number of decimals; the text uses the given decimal character. The value is
+// first taken to its significant digits (7 for a float, 15 for a double) and
+// then rounded half away from zero, so 2.345 with "0.00" gives "2.35". An
+// empty pattern gives the shortest text (userText). Error 5 "Invalid
+// procedure call" for any other pattern character, 6 "Overflow" for a value
+// that is not finite.
+std::string formatNumber(double value, std::string_view pattern, std::string_view decimalChar);
+std::string formatNumber(float value, std::string_view pattern, std::string_view decimalChar);
+// The same with the user's current decimal character.
+std::string formatNumber(double value, std::string_view pattern);
+std::string formatNumber(float value, std::string_view pattern);
+
 // Parses a number written with the given decimal character: optional blanks
 // around, an optional sign, digits with at most one decimal character (at
 // least one digit in all), an optional exponent (E or D, optional sign,

@@ -7,6 +7,7 @@
 #include "BuildInfo.h"
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
+#include "entry/modGetLocaleInfo.h"
 #include "platform/Control.h"
 #include "services/modErrorHandler.h"
 
@@ -19,7 +20,7 @@ namespace {
 constexpr const char* kModule = "modGeneral";
 constexpr const char* kUnknownOS = "Windows version unknown";
 
-RegionChangedCheck gRegionChangedCheck = [](ErrorFlag&) { return kFalse; };
+RegionChangedCheck gRegionChangedCheck = &gbGetLocaleInfoUserRegionChanged;
 UnameCall gUname = &::uname;
 
 struct KernelRelease {
@@ -158,9 +159,22 @@ Bool16 gbGSetFocus(ui::Control& control)
     return result;
 }
 
+std::string gsGFormat(float Value, ErrorFlag& bError)
+{
+    std::string pattern;
+    rt::Trap trap(kModule, "gsGFormat", bError);
+    trap.step([&] {
+        if (Value >= 10) pattern = "0.0";
+        else if (Value >= 0.05f) pattern = "0.00";
+        else pattern = "0.000";
+    });
+    return pattern;
+}
+
 void gSetRegionChangedCheck(RegionChangedCheck check)
 {
-    gRegionChangedCheck = check ? std::move(check) : [](ErrorFlag&) { return kFalse; };
+    gRegionChangedCheck =
+        check ? std::move(check) : RegionChangedCheck(&gbGetLocaleInfoUserRegionChanged);
 }
 
 void gSetUnameForTesting(UnameCall call) { gUname = call != nullptr ? call : &::uname; }

@@ -44,10 +44,13 @@ Bool16 gbGLenTrim(const std::string& sText, ErrorFlag& bError);
 std::int16_t gnGAscii(const std::string& sText);
 // Gives the control the focus when it is enabled and visible.
 Bool16 gbGSetFocus(ui::Control& control);
+// The display pattern of a voltage (for rt::formatNumber): "0.0" from 10 up,
+// "0.00" from 0.05 up, "0.000" below.
+std::string gsGFormat(float Value, ErrorFlag& bError);
 
-// Seams: the regional check that gGStartUpSetStuff calls (the numeric-entry
-// layer installs gbGetLocaleInfoUserRegionChanged; until then it answers
-// False), and the uname call behind gsGGetOSVersion.
+// Seams: the regional check that gGStartUpSetStuff calls (by default the
+// numeric-entry layer's gbGetLocaleInfoUserRegionChanged; an empty check
+// restores it), and the uname call behind gsGGetOSVersion.
 using RegionChangedCheck = std::function<Bool16(ErrorFlag&)>;
 void gSetRegionChangedCheck(RegionChangedCheck check);
 using UnameCall = int (*)(struct utsname*);

@@ -1,11 +1,19 @@
 #include "window/TextBox.h"
 
+#include <QApplication>
 #include <QKeyEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPointer>
 #include <QTimer>
+#include <QWindow>
 
 namespace ui {
 
 namespace {
+
+constexpr const char* kCausesValidation = "causesValidation";
+constexpr char16_t kDeleteCharacter = 0x7F;
 
 // Turns the program's "\r\n" line ends into the editor's and back.
 QString toEditor(const std::string& text)
@@ -13,7 +21,158 @@ QString toEditor(const std::string& text)
     return QString::fromStdString(text).replace("\r\n", "\n");
 }
 
+// Whether a click gives this widget the focus, by Qt's rule (its own policy
+// and that of its focus proxy both include click focus).
+bool takesClickFocus(const QWidget* widget)
+{
+    const QWidget* proxy = widget;
+    while (proxy->focusProxy() != nullptr) proxy = proxy->focusProxy();
+    return (widget->focusPolicy() & Qt::ClickFocus) == Qt::ClickFocus &&
+           (proxy->focusPolicy() & Qt::ClickFocus) == Qt::ClickFocus;
+}
+
+// The widget that a press at `position` of a top-level widget will give the
+// focus to, found as Qt finds it: the innermost enabled widget under the
+// press, or its nearest parent, that takes click focus; none when the press
+// leaves the focus where it is.
+QWidget* clickFocusTarget(QWidget* topLevel, QPoint position)
+{
+    QWidget* widget = topLevel->childAt(position);
+    if (widget == nullptr) widget = topLevel;
+    QPoint local = widget == topLevel ? position : widget->mapFrom(topLevel, position);
+    while (widget != nullptr) {
+        if (widget->isEnabled() && widget->rect().contains(local) && takesClickFocus(widget))
+            return widget;
+        if (widget->isWindow()) break;
+        local += widget->pos();
+        widget = widget->parentWidget();
+    }
+    return nullptr;
+}
+
+QWidget* topLevelOf(const QWindow* window)
+{
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->windowHandle() == window) return widget;
+    return nullptr;
+}
+
+TextBox* focusedBox() { return qobject_cast<TextBox*>(QApplication::focusWidget()); }
+
+// True when moving the focus from the box to the target is leaving the box
+// in the sense of its Validate.
+bool isLeaving(const TextBox* box, const QWidget* target)
+{
+    return box != nullptr && target != nullptr && target != box && !box->isAncestorOf(target) &&
+           target->window() == box->window() && causesValidation(target);
+}
+
+// Asks the focused text box before a click or an accelerator moves the focus
+// away from it, so that a refusal keeps the focus and the clicked control
+// does not act. A real press reaches the window before any widget, and Qt
+// moves the focus between the two; a press sent straight to a widget (as
+// tests may) has already moved the focus, and the box's focus-out asks then.
+class LeaveGuard : public QObject {
+public:
+    using QObject::QObject;
+
+    // True when the focus arriving at `focus` is a leave that was asked and
+    // allowed before the focus moved; it is not asked again.
+    bool takeAllowedLeave(const QWidget* focus)
+    {
+        const bool allowed = !allowedTarget_.isNull() && allowedTarget_ == focus;
+        allowedTarget_ = nullptr;
+        return allowed;
+    }
+
+    // The focus-out of a press sent to a widget refused the leave: the press
+    // itself is swallowed when it reaches the widget.
+    bool refusePress = false;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonDblClick:
+            if (watched->isWidgetType()) return pressAtWidget();
+            if (auto* window = qobject_cast<QWindow*>(watched))
+                return pressAtWindow(window, static_cast<QMouseEvent*>(event));
+            return false;
+        case QEvent::Shortcut:
+            if (watched->isWidgetType()) return accelerator(static_cast<QWidget*>(watched));
+            return false;
+        default:
+            return false;
+        }
+    }
+
+private:
+    bool pressAtWidget()
+    {
+        allowedTarget_ = nullptr;
+        const bool refuse = refusePress;
+        refusePress = false;
+        return refuse;
+    }
+
+    bool pressAtWindow(QWindow* window, QMouseEvent* press)
+    {
+        allowedTarget_ = nullptr;
+        refusePress = false;
+        TextBox* box = focusedBox();
+        QWidget* topLevel = topLevelOf(window);
+        if (box == nullptr || topLevel == nullptr || topLevel != box->window()) return false;
+        return refuseLeave(box, clickFocusTarget(topLevel, press->position().toPoint()));
+    }
+
+    bool accelerator(QWidget* target)
+    {
+        allowedTarget_ = nullptr;
+        if (auto* label = qobject_cast<QLabel*>(target); label != nullptr && label->buddy() != nullptr)
+            target = label->buddy();
+        return refuseLeave(focusedBox(), target);
+    }
+
+    // Asks the box whether the focus may go to the target; true (swallow
+    // the event) when it may not.
+    bool refuseLeave(TextBox* box, QWidget* target)
+    {
+        if (!isLeaving(box, target)) return false;
+        if (!box->validateLeaving()) return true;
+        while (target->focusProxy() != nullptr) target = target->focusProxy();
+        allowedTarget_ = target;
+        // Not every allowed event moves the focus (an accelerator clicks its
+        // button in place): the permission ends with this event.
+        QTimer::singleShot(0, this, [this] { allowedTarget_ = nullptr; });
+        return false;
+    }
+
+    QPointer<QWidget> allowedTarget_;
+};
+
+LeaveGuard& leaveGuard()
+{
+    static QPointer<LeaveGuard> guard;
+    if (guard.isNull()) {
+        guard = new LeaveGuard(QCoreApplication::instance());
+        QCoreApplication::instance()->installEventFilter(guard);
+    }
+    return *guard;
+}
+
 }  // namespace
+
+void setCausesValidation(QWidget* control, bool causesValidation)
+{
+    control->setProperty(kCausesValidation, causesValidation);
+}
+
+bool causesValidation(const QWidget* control)
+{
+    const QVariant value = control->property(kCausesValidation);
+    return !value.isValid() || value.toBool();
+}
 
 std::int16_t keyCodeOf(const QKeyEvent* event)
 {
@@ -62,9 +221,19 @@ std::int16_t shiftStateOf(const QKeyEvent* event)
 TextBox::TextBox(const QString& name, QWidget* parent) : QLineEdit(parent)
 {
     setObjectName(name);
+    leaveGuard();
     connect(this, &QLineEdit::textChanged, this, [this] {
         if (Change) Change();
     });
+}
+
+void TextBox::setFocus()
+{
+    if (!losingFocus_) {
+        QLineEdit::setFocus(Qt::OtherFocusReason);
+        return;
+    }
+    QTimer::singleShot(0, this, [this] { QLineEdit::setFocus(Qt::OtherFocusReason); });
 }
 
 std::string TextBox::name() const { return objectName().toStdString(); }
@@ -78,9 +247,11 @@ void TextBox::keyPressEvent(QKeyEvent* event)
     std::int16_t keyCode = keyCodeOf(event);
     if (KeyDown && keyCode != 0) KeyDown(keyCode, shiftStateOf(event));
 
+    // Delete edits the text without typing a character.
     const QString typed = event->text();
-    if (!KeyPress || typed.isEmpty() || event->key() == Qt::Key_Tab ||
-        event->key() == Qt::Key_Backtab || event->key() == Qt::Key_Escape) {
+    if (!KeyPress || typed.isEmpty() || typed.at(0) == QChar(kDeleteCharacter) ||
+        event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab ||
+        event->key() == Qt::Key_Escape) {
         QLineEdit::keyPressEvent(event);
         return;
     }
@@ -119,20 +290,39 @@ bool TextBox::validateLeaving()
 
 bool TextBox::focusNextPrevChild(bool next)
 {
-    if (!validateLeaving()) return true;  // the focus stays here
+    // Tab and Backtab ask before the move. (Qt also calls this on a hidden
+    // box to pass the focus on; that is not the user leaving.)
+    if (isVisible() && !validateLeaving()) return true;  // the focus stays here
     return QLineEdit::focusNextPrevChild(next);
 }
 
 void TextBox::focusOutEvent(QFocusEvent* event)
 {
     QLineEdit::focusOutEvent(event);
-    // Tab and Backtab were validated before the move; a switch to another
-    // application or a popup is not leaving the box.
+    LeaveGuard& guard = leaveGuard();
     const Qt::FocusReason reason = event->reason();
-    if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-        reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason)
-        return;
-    if (!validateLeaving()) QTimer::singleShot(0, this, [this] { setFocus(); });
+    switch (reason) {
+    case Qt::TabFocusReason:
+    case Qt::BacktabFocusReason:
+        return;  // asked before the move
+    case Qt::ActiveWindowFocusReason:
+    case Qt::PopupFocusReason:
+    case Qt::MenuBarFocusReason:
+        return;  // another window, a popup or the menus: not leaving the box
+    default:
+        break;
+    }
+    const QWidget* next = QApplication::focusWidget();
+    if (guard.takeAllowedLeave(next)) return;  // a click or accelerator asked already
+    if (!isLeaving(this, next)) return;  // no control, or one that does not ask
+    // The focus has already moved (a focus change from code, or a press sent
+    // straight to a widget): ask now and take the focus back on a refusal.
+    losingFocus_ = true;
+    if (!validateLeaving()) {
+        if (reason == Qt::MouseFocusReason) guard.refusePress = true;
+        setFocus();  // deferred: the focus change under way finishes first
+    }
+    losingFocus_ = false;
 }
 
 MultiLineTextBox::MultiLineTextBox(const QString& name, QWidget* parent) : QPlainTextEdit(parent)

@@ -7,7 +7,12 @@
 //    and the shift state (1 Shift, 2 Ctrl, 4 Alt).
 //  - Change(): every change of the text, typed or set from code.
 //  - Validate(cancel): when the focus is about to leave for another control
-//    of the window; cancel = true keeps the focus in the box.
+//    of the window (Tab, a click, an accelerator, a focus change from code);
+//    cancel = true keeps the focus in the box, and the click or accelerator
+//    that would have moved it does nothing. Switching to another window or
+//    opening a popup or menu is not leaving the box. A control marked with
+//    setCausesValidation(widget, false), such as a Cancel button, takes the
+//    focus without asking.
 // A multi-line box (for reports) is a MultiLineTextBox.
 #include <cstdint>
 #include <functional>
@@ -39,7 +44,9 @@ public:
     bool enabled() const override { return isEnabled(); }
     void setEnabled(bool enabled) override { QLineEdit::setEnabled(enabled); }
     bool visible() const override;
-    void setFocus() override { QLineEdit::setFocus(Qt::OtherFocusReason); }
+    // Gives the box the focus; while the box is losing it (a Validate
+    // answering cancel), once the change under way has finished.
+    void setFocus() override;
     std::string text() const override { return QLineEdit::text().toStdString(); }
     void setText(const std::string& text) override;
 
@@ -51,7 +58,13 @@ protected:
 
 private:
     bool validating_ = false;
+    bool losingFocus_ = false;
 };
+
+// Whether a control's taking the focus runs the leave-check of the box that
+// has it (true unless set otherwise).
+void setCausesValidation(QWidget* control, bool causesValidation);
+bool causesValidation(const QWidget* control);
 
 // A read-only or editable multi-line text box (the device report).
 class MultiLineTextBox : public QPlainTextEdit, public Control {

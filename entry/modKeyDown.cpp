@@ -1,0 +1,53 @@
+#include "entry/modKeyDown.h"
+
+#include "base/NumberText.h"
+#include "base/Trap.h"
+#include "entry/modControl.h"
+#include "entry/modFormatNumber.h"
+#include "entry/modKeyMouseIncrement.h"
+#include "platform/HostServices.h"
+
+std::string gsKeyDown(std::int16_t KeyCode, std::int16_t Shift, const std::string& Text,
+                      float Max, float Min, float Resolution, ErrorFlag& bError)
+{
+    std::string result = Text;
+    rt::Trap trap("modKeyDown", "gsKeyDown", bError);
+    trap.step([&] {
+        const bool page = KeyCode == kKeyPageUp || KeyCode == kKeyPageDown;
+        const bool up = KeyCode == kKeyUp || KeyCode == kKeyPageUp;
+        const bool down = KeyCode == kKeyDown || KeyCode == kKeyPageDown;
+        const bool shift = (Shift & kShiftMask) != 0;
+        const bool ctrl = (Shift & kCtrlMask) != 0;
+        const bool home = KeyCode == kKeyHome && (shift || ctrl);
+        const bool end = KeyCode == kKeyEnd && (shift || ctrl);
+        if (!up && !down && !home && !end) return;
+
+        if (!gbCtrlTextValidNumber(Text, bError)) {
+            // The first press on a broken field shows the far limit.
+            result = (end || up) ? rt::strNumber(Min) : rt::strNumber(Max);
+            return;
+        }
+        float step = gfKeyMouseIncrement(Max, Min, Resolution, bError);
+        if (shift) step *= 10;
+        if (ctrl) step *= 100;
+        if (page) step *= 10;
+
+        float value = rt::toSingleUser(Text);
+        const bool movesDown = down || end;
+        if ((movesDown && value == Min) || (!movesDown && value == Max)) {
+            host::beep();
+        } else if (home) {
+            value = Max;
+        } else if (end) {
+            value = Min;
+        } else if (up) {
+            value += step;
+        } else {
+            value -= step;
+        }
+        if (value < Min) value = Min;
+        if (value > Max) value = Max;
+        result = rt::formatNumber(value, gsFormatNumber(Max, Min, Resolution, bError));
+    });
+    return result;
+}
