@@ -7,7 +7,8 @@
 #include <cerrno>
 #include <cmath>
 #include <condition_variable>
-#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <mutex>
