@@ -8,6 +8,9 @@
 int main(int argc, char** argv)
 {
     testing_support::isolateUserFolders();
+#ifdef WAVELARK_TEST_ENVIRONMENT
+    testing_support::setEnvironment(WAVELARK_TEST_ENVIRONMENT);  // see wavelark_add_test
+#endif
     QCoreApplication application(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

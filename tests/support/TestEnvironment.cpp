@@ -45,4 +45,19 @@ std::string makeTempFolder(const std::string& hint)
     return pattern;
 }
 
+void setEnvironment(const std::string& assignments)
+{
+    std::size_t start = 0;
+    while (start < assignments.size()) {
+        std::size_t end = assignments.find('|', start);
+        if (end == std::string::npos) end = assignments.size();
+        const std::string assignment = assignments.substr(start, end - start);
+        const std::size_t equals = assignment.find('=');
+        if (equals != std::string::npos) {
+            ::setenv(assignment.substr(0, equals).c_str(), assignment.substr(equals + 1).c_str(), 1);
+        }
+        start = end + 1;
+    }
+}
+
 }  // namespace testing_support

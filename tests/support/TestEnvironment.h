@@ -15,4 +15,7 @@ const std::string& testHome();
 // A new empty folder under the temporary HOME.
 std::string makeTempFolder(const std::string& hint);
 
+// Sets the variables of "NAME=value|NAME=value", overriding the process's.
+void setEnvironment(const std::string& assignments);
+
 }  // namespace testing_support

@@ -11,6 +11,9 @@
 int main(int argc, char** argv)
 {
     testing_support::isolateUserFolders();
+#ifdef WAVELARK_TEST_ENVIRONMENT
+    testing_support::setEnvironment(WAVELARK_TEST_ENVIRONMENT);  // see wavelark_add_test
+#endif
     ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QApplication application(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);

@@ -1,0 +1,643 @@
+#include "platform/alsa/AlsaWave.h"
+
+#include <alsa/asoundlib.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cmath>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/WaveBackend.h"
+#include "platform/alsa/AlsaStreamGain.h"
+
+namespace mm::alsa {
+
+namespace {
+
+using backend::CaptureQueue;
+using backend::PlayQueue;
+
+// Output: about 10 ms periods in about 40 ms of buffer keep a change of
+// signal audible soon after the playing pass ends. Input: the same periods in
+// a deeper buffer, since only delivery (not latency) matters there.
+constexpr unsigned kPeriodUs = 10'000;
+constexpr unsigned kOutputBufferUs = 40'000;
+constexpr unsigned kInputBufferUs = 200'000;
+// A device that takes no data for this long is treated as gone.
+constexpr int kStallLimitMs = 2000;
+constexpr int kWaitMs = 100;
+
+// ALSA reports its own diagnostics on the error stream; probing busy or
+// missing devices would fill it.
+void quietAlsa(const char*, int, const char*, int, const char*, ...) {}
+
+void silenceAlsaDiagnostics()
+{
+    static const bool done = (snd_lib_error_set_handler(&quietAlsa), true);
+    (void)done;
+}
+
+// ---------------------------------------------------------------- errors
+
+// An error met while opening or setting up a device.
+MMRESULT openError(int error)
+{
+    switch (-error) {
+    case EBUSY:
+    case EAGAIN: return MMSYSERR_ALLOCATED;
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+    case ECONNREFUSED:
+    case ENOTCONN:
+    case EHOSTDOWN:
+    case ESHUTDOWN: return MMSYSERR_NODRIVER;
+    case ENOMEM: return MMSYSERR_NOMEM;
+    case EINVAL: return WAVERR_BADFORMAT;
+    default: return MMSYSERR_ERROR;
+    }
+}
+
+// ---------------------------------------------------------------- devices
+
+struct Device {
+    std::string pcm;    // opened for playing or recording
+    std::string probe;  // opened to read the capabilities
+    std::string mixer;  // control device for the volume support bits
+    std::string name;
+    int card = -1;      // -1 for the default device
+    int pcmDevice = 0;
+};
+
+struct Probe {
+    DWORD formats = 0;
+    WORD channels = 0;
+};
+
+std::string firstLine(const std::string& text)
+{
+    return text.substr(0, text.find('\n'));
+}
+
+// The description ALSA's hints give a PCM name.
+std::string hintDescription(const std::string& pcmName)
+{
+    void** hints = nullptr;
+    std::string description;
+    if (snd_device_name_hint(-1, "pcm", &hints) < 0) return description;
+    for (void** hint = hints; *hint != nullptr; ++hint) {
+        char* name = snd_device_name_get_hint(*hint, "NAME");
+        if (name != nullptr && pcmName == name) {
+            if (char* desc = snd_device_name_get_hint(*hint, "DESC")) {
+                description = firstLine(desc);
+                std::free(desc);
+            }
+        }
+        std::free(name);
+        if (!description.empty()) break;
+    }
+    snd_device_name_free_hint(hints);
+    return description;
+}
+
+// The standard rate x channels x bits combinations the PCM accepts.
+Probe probeFormats(snd_pcm_t* pcm)
+{
+    Probe probe;
+    snd_pcm_hw_params_t* any = nullptr;
+    snd_pcm_hw_params_t* trial = nullptr;
+    if (snd_pcm_hw_params_malloc(&any) < 0) return probe;
+    if (snd_pcm_hw_params_malloc(&trial) < 0) {
+        snd_pcm_hw_params_free(any);
+        return probe;
+    }
+    if (snd_pcm_hw_params_any(pcm, any) >= 0) {
+        static const unsigned rates[] = {11025, 22050, 44100, 48000, 96000};
+        for (unsigned group = 0; group < 5; ++group) {
+            for (unsigned bitsIndex = 0; bitsIndex < 2; ++bitsIndex) {
+                for (unsigned channels = 1; channels <= 2; ++channels) {
+                    snd_pcm_hw_params_copy(trial, any);
+                    const snd_pcm_format_t format =
+                        bitsIndex == 0 ? SND_PCM_FORMAT_U8 : SND_PCM_FORMAT_S16_LE;
+                    if (snd_pcm_hw_params_set_format(pcm, trial, format) < 0) continue;
+                    if (snd_pcm_hw_params_set_channels(pcm, trial, channels) < 0) continue;
+                    if (snd_pcm_hw_params_test_rate(pcm, trial, rates[group], 0) < 0) continue;
+                    // Within a rate group: mono 8, stereo 8, mono 16, stereo 16.
+                    probe.formats |= DWORD{1} << (4 * group + 2 * bitsIndex + (channels - 1));
+                }
+            }
+        }
+        unsigned maxChannels = 0;
+        if (snd_pcm_hw_params_get_channels_max(any, &maxChannels) >= 0) {
+            probe.channels = static_cast<WORD>(std::min(maxChannels, 0xFFFFu));
+        }
+    }
+    snd_pcm_hw_params_free(trial);
+    snd_pcm_hw_params_free(any);
+    return probe;
+}
+
+Probe probeDevice(const Device& device, snd_pcm_stream_t stream)
+{
+    snd_pcm_t* pcm = nullptr;
+    if (snd_pcm_open(&pcm, device.probe.c_str(), stream, SND_PCM_NONBLOCK) < 0) {
+        if (device.probe == device.pcm) return {};
+        if (snd_pcm_open(&pcm, device.pcm.c_str(), stream, SND_PCM_NONBLOCK) < 0) return {};
+    }
+    Probe probe = probeFormats(pcm);
+    snd_pcm_close(pcm);
+    return probe;
+}
+
+// Volume support from the device's mixer: volume when any element has a
+// playback volume, left/right volume when such an element is not mono.
+DWORD probeSupport(const Device& device)
+{
+    DWORD support = WAVECAPS_SAMPLEACCURATE;
+    snd_mixer_t* mixer = nullptr;
+    if (snd_mixer_open(&mixer, 0) < 0) return support;
+    if (snd_mixer_attach(mixer, device.mixer.c_str()) >= 0 &&
+        snd_mixer_selem_register(mixer, nullptr, nullptr) >= 0 && snd_mixer_load(mixer) >= 0) {
+        for (snd_mixer_elem_t* element = snd_mixer_first_elem(mixer); element != nullptr;
+             element = snd_mixer_elem_next(element)) {
+            if (!snd_mixer_selem_has_playback_volume(element)) continue;
+            support |= WAVECAPS_VOLUME;
+            if (!snd_mixer_selem_is_playback_mono(element)) support |= WAVECAPS_LRVOLUME;
+        }
+    }
+    snd_mixer_close(mixer);
+    return support;
+}
+
+// A hexadecimal id from a sysfs file ("0x8086" or "046d"); 0 when absent.
+WORD readHexId(const std::string& path)
+{
+    std::ifstream file(path);
+    std::string text;
+    if (!(file >> text)) return 0;
+    try {
+        return static_cast<WORD>(std::stoul(text, nullptr, 16) & 0xFFFF);
+    } catch (...) {
+        return 0;
+    }
+}
+
+// Maker and product of a card: PCI ids, else the USB device's ids.
+std::pair<WORD, WORD> cardIds(int card)
+{
+    if (card < 0) return {0, 0};
+    const std::string base = "/sys/class/sound/card" + std::to_string(card) + "/device/";
+    WORD maker = readHexId(base + "vendor");
+    WORD product = readHexId(base + "device");
+    if (maker == 0) {
+        maker = readHexId(base + "../idVendor");
+        product = readHexId(base + "../idProduct");
+    }
+    return {maker, product};
+}
+
+// The library's major and minor version, the record's driver version.
+MMVERSION driverVersion()
+{
+    unsigned major = 0;
+    unsigned minor = 0;
+    std::sscanf(snd_asoundlib_version(), "%u.%u", &major, &minor);
+    return static_cast<MMVERSION>(((major & 0xFF) << 8) | (minor & 0xFF));
+}
+
+// The first PCM device of a card in the given direction, -1 when none.
+int firstPcmDevice(snd_ctl_t* control, snd_pcm_stream_t stream)
+{
+    snd_pcm_info_t* info = nullptr;
+    if (snd_pcm_info_malloc(&info) < 0) return -1;
+    int device = -1;
+    int found = -1;
+    while (snd_ctl_pcm_next_device(control, &device) >= 0 && device >= 0) {
+        snd_pcm_info_set_device(info, static_cast<unsigned>(device));
+        snd_pcm_info_set_subdevice(info, 0);
+        snd_pcm_info_set_stream(info, stream);
+        if (snd_ctl_pcm_info(control, info) >= 0) {
+            found = device;
+            break;
+        }
+    }
+    snd_pcm_info_free(info);
+    return found;
+}
+
+std::vector<Device> listDevices(snd_pcm_stream_t stream)
+{
+    silenceAlsaDiagnostics();
+    std::vector<Device> devices;
+    snd_pcm_t* pcm = nullptr;
+    if (snd_pcm_open(&pcm, "default", stream, SND_PCM_NONBLOCK) >= 0) {
+        snd_pcm_close(pcm);
+        std::string name = hintDescription("default");
+        devices.push_back({"default", "default", "default", name.empty() ? "Default" : name, -1, 0});
+    }
+    int card = -1;
+    while (snd_card_next(&card) >= 0 && card >= 0) {
+        const std::string control = "hw:" + std::to_string(card);
+        snd_ctl_t* ctl = nullptr;
+        if (snd_ctl_open(&ctl, control.c_str(), 0) < 0) continue;
+        const int device = firstPcmDevice(ctl, stream);
+        snd_ctl_close(ctl);
+        if (device < 0) continue;
+        char* cardName = nullptr;
+        std::string name = "Card " + std::to_string(card);
+        if (snd_card_get_name(card, &cardName) >= 0 && cardName != nullptr) {
+            name = cardName;
+            std::free(cardName);
+        }
+        const std::string suffix = std::to_string(card) + "," + std::to_string(device);
+        devices.push_back({"plughw:" + suffix, "hw:" + suffix, control, name, card, device});
+    }
+    return devices;
+}
+
+// ---------------------------------------------------------------- streams
+
+// Sets 16-bit mono at exactly `rate`, with the buffer and period times given.
+int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_t& period)
+{
+    snd_pcm_hw_params_t* hw = nullptr;
+    int error = snd_pcm_hw_params_malloc(&hw);
+    if (error < 0) return error;
+    unsigned bufferTime = bufferUs;
+    unsigned periodTime = kPeriodUs;
+    int dir = 0;
+    if ((error = snd_pcm_hw_params_any(pcm, hw)) >= 0 &&
+        (error = snd_pcm_hw_params_set_access(pcm, hw, SND_PCM_ACCESS_RW_INTERLEAVED)) >= 0 &&
+        (error = snd_pcm_hw_params_set_format(pcm, hw, SND_PCM_FORMAT_S16_LE)) >= 0 &&
+        (error = snd_pcm_hw_params_set_channels(pcm, hw, 1)) >= 0 &&
+        (error = snd_pcm_hw_params_set_rate(pcm, hw, rate, 0)) >= 0 &&
+        (error = snd_pcm_hw_params_set_buffer_time_near(pcm, hw, &bufferTime, &dir)) >= 0 &&
+        (error = snd_pcm_hw_params_set_period_time_near(pcm, hw, &periodTime, &dir)) >= 0 &&
+        (error = snd_pcm_hw_params(pcm, hw)) >= 0) {
+        error = snd_pcm_hw_params_get_period_size(hw, &period, &dir);
+    }
+    snd_pcm_hw_params_free(hw);
+    if (error < 0) return error == -EBUSY ? error : -EINVAL;
+
+    snd_pcm_sw_params_t* sw = nullptr;
+    if ((error = snd_pcm_sw_params_malloc(&sw)) < 0) return error;
+    if ((error = snd_pcm_sw_params_current(pcm, sw)) >= 0 &&
+        (error = snd_pcm_sw_params_set_avail_min(pcm, sw, period)) >= 0 &&
+        (error = snd_pcm_sw_params_set_start_threshold(pcm, sw, period)) >= 0) {
+        error = snd_pcm_sw_params(pcm, sw);
+    }
+    snd_pcm_sw_params_free(sw);
+    if (error < 0) return error;
+    return snd_pcm_prepare(pcm);
+}
+
+int openPcm(const Device& device, snd_pcm_stream_t stream, unsigned rate, unsigned bufferUs,
+            snd_pcm_t*& pcm, snd_pcm_uframes_t& period)
+{
+    int error = snd_pcm_open(&pcm, device.pcm.c_str(), stream, SND_PCM_NONBLOCK);
+    if (error < 0) return error;
+    if ((error = configure(pcm, rate, bufferUs, period)) < 0) {
+        snd_pcm_close(pcm);
+        pcm = nullptr;
+    }
+    return error;
+}
+
+// Brings a stream back after an under- or overrun or a suspend; false when
+// the error means the device is gone.
+bool recover(snd_pcm_t* pcm, int error)
+{
+    if (error == -EAGAIN || error == -EINTR) return true;
+    if (error == -ESTRPIPE) {
+        int resumed;
+        while ((resumed = snd_pcm_resume(pcm)) == -EAGAIN) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        if (resumed >= 0) return true;
+        return snd_pcm_prepare(pcm) >= 0;
+    }
+    if (error == -EPIPE) return snd_pcm_prepare(pcm) >= 0;
+    return false;
+}
+
+// What the feeder multiplies by: 1 leaves samples as they are.
+double currentStreamGain()
+{
+    const StreamGain& gain = streamGain();
+    if (gain.mute) return 0.0;
+    return static_cast<double>(gain.level.load()) / 65535.0;
+}
+
+class AlsaOutput : public backend::OutputStream {
+public:
+    AlsaOutput(snd_pcm_t* pcm, snd_pcm_uframes_t period, PlayQueue& queue)
+        : pcm_(pcm), period_(period), queue_(queue), thread_([this] { feed(); })
+    {
+    }
+    ~AlsaOutput() override
+    {
+        stop_ = true;
+        thread_.join();
+        snd_pcm_drop(pcm_);
+        snd_pcm_close(pcm_);
+    }
+    MMRESULT failure() const override { return failure_.load(); }
+
+private:
+    void fail()
+    {
+        failure_ = MMSYSERR_NODRIVER;
+        queue_.abandon();
+    }
+
+    // Writes all of `frames`, waiting for room; false when the device failed.
+    bool writeAll(const std::int16_t* frames, snd_pcm_uframes_t count)
+    {
+        int stalledMs = 0;
+        int recoveries = 0;
+        while (count > 0 && !stop_) {
+            const snd_pcm_sframes_t written = snd_pcm_writei(pcm_, frames, count);
+            if (written >= 0) {
+                frames += written;
+                count -= static_cast<snd_pcm_uframes_t>(written);
+                stalledMs = 0;
+                recoveries = 0;
+                continue;
+            }
+            if (written == -EAGAIN) {
+                const int ready = snd_pcm_wait(pcm_, kWaitMs);
+                if (ready == 0 && (stalledMs += kWaitMs) >= kStallLimitMs) return false;
+                if (ready < 0 && !recover(pcm_, ready)) return false;
+                continue;
+            }
+            if (++recoveries > 10 || !recover(pcm_, static_cast<int>(written))) return false;
+        }
+        return true;
+    }
+
+    // Waits until the device has room for a period; false when it failed.
+    bool awaitRoom()
+    {
+        int stalledMs = 0;
+        int recoveries = 0;
+        while (!stop_) {
+            const snd_pcm_sframes_t room = snd_pcm_avail_update(pcm_);
+            if (room < 0) {
+                if (++recoveries > 10 || !recover(pcm_, static_cast<int>(room))) return false;
+                continue;
+            }
+            if (static_cast<snd_pcm_uframes_t>(room) >= period_) return true;
+            const int ready = snd_pcm_wait(pcm_, kWaitMs);
+            if (ready == 0 && (stalledMs += kWaitMs) >= kStallLimitMs) return false;
+            if (ready < 0 && (++recoveries > 10 || !recover(pcm_, ready))) return false;
+        }
+        return true;
+    }
+
+    // Takes a period from the queue only once the device has room for it, so
+    // a header is marked done when its end really goes to the device.
+    void feed()
+    {
+        std::vector<std::int16_t> chunk(period_);
+        while (!stop_) {
+            if (!awaitRoom()) {
+                fail();
+                return;
+            }
+            if (stop_) return;
+            queue_.pull(chunk.data(), chunk.size());
+            const double gain = currentStreamGain();
+            if (gain != 1.0) {
+                for (auto& sample : chunk) sample = static_cast<std::int16_t>(std::lround(sample * gain));
+            }
+            if (!writeAll(chunk.data(), period_)) {
+                fail();
+                return;
+            }
+        }
+    }
+
+    snd_pcm_t* pcm_;
+    const snd_pcm_uframes_t period_;
+    PlayQueue& queue_;
+    std::atomic<bool> stop_{false};
+    std::atomic<MMRESULT> failure_{MMSYSERR_NOERROR};
+    std::thread thread_;  // last: starts once the members above are ready
+};
+
+class AlsaInput : public backend::InputStream {
+public:
+    AlsaInput(snd_pcm_t* pcm, snd_pcm_uframes_t period, CaptureQueue& queue)
+        : pcm_(pcm), period_(period), queue_(queue), thread_([this] { capture(); })
+    {
+    }
+    ~AlsaInput() override
+    {
+        {
+            std::lock_guard lock(mutex_);
+            stop_ = true;
+        }
+        wake_.notify_all();
+        thread_.join();
+        snd_pcm_drop(pcm_);
+        snd_pcm_close(pcm_);
+    }
+    MMRESULT failure() const override { return failure_.load(); }
+    void start() override
+    {
+        {
+            std::lock_guard lock(mutex_);
+            wanted_ = true;
+        }
+        wake_.notify_all();
+    }
+    void stop() override
+    {
+        std::lock_guard lock(mutex_);
+        wanted_ = false;
+    }
+
+private:
+    // Waits until recording is wanted (true) or the stream closes (false).
+    bool awaitStart(bool& running)
+    {
+        std::unique_lock lock(mutex_);
+        while (!stop_ && !wanted_) {
+            if (running) {
+                snd_pcm_drop(pcm_);
+                running = false;
+            }
+            wake_.wait_for(lock, std::chrono::milliseconds(50));
+        }
+        return !stop_;
+    }
+
+    void capture()
+    {
+        std::vector<std::int16_t> chunk(period_ * 4);
+        bool running = false;
+        int stalledMs = 0;
+        int recoveries = 0;
+        while (awaitStart(running)) {
+            if (!running) {
+                if (snd_pcm_prepare(pcm_) < 0 || snd_pcm_start(pcm_) < 0) break;
+                running = true;
+                stalledMs = 0;
+            }
+            const snd_pcm_sframes_t got = snd_pcm_readi(pcm_, chunk.data(), chunk.size());
+            if (got > 0) {
+                queue_.push(chunk.data(), static_cast<std::size_t>(got));
+                stalledMs = 0;
+                recoveries = 0;
+            } else if (got == -EAGAIN || got == 0) {
+                const int ready = snd_pcm_wait(pcm_, kWaitMs);
+                if (ready == 0 && (stalledMs += kWaitMs) >= kStallLimitMs) break;
+                if (ready < 0 && !recover(pcm_, ready)) break;
+            } else if (++recoveries > 10 || !recover(pcm_, static_cast<int>(got))) {
+                break;
+            } else if (snd_pcm_state(pcm_) == SND_PCM_STATE_PREPARED) {
+                snd_pcm_start(pcm_);
+            }
+        }
+        std::lock_guard lock(mutex_);
+        if (!stop_) {
+            failure_ = MMSYSERR_NODRIVER;
+            queue_.abandon();
+        }
+    }
+
+    snd_pcm_t* pcm_;
+    const snd_pcm_uframes_t period_;
+    CaptureQueue& queue_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    bool stop_ = false;
+    bool wanted_ = false;
+    std::atomic<MMRESULT> failure_{MMSYSERR_NOERROR};
+    std::thread thread_;  // last: starts once the members above are ready
+};
+
+// ---------------------------------------------------------------- back end
+
+class AlsaBackend : public backend::WaveBackend {
+public:
+    std::string name() const override { return "alsa"; }
+
+    UINT outputCount() override
+    {
+        std::lock_guard lock(mutex_);
+        outputs_ = listDevices(SND_PCM_STREAM_PLAYBACK);
+        outputsListed_ = true;
+        return static_cast<UINT>(outputs_.size());
+    }
+    UINT inputCount() override
+    {
+        std::lock_guard lock(mutex_);
+        inputs_ = listDevices(SND_PCM_STREAM_CAPTURE);
+        inputsListed_ = true;
+        return static_cast<UINT>(inputs_.size());
+    }
+
+    MMRESULT outputCaps(UINT deviceId, WAVEOUTCAPSA& caps) override
+    {
+        Device device;
+        if (MMRESULT result = find(deviceId, true, device)) return result;
+        const Probe probe = probeDevice(device, SND_PCM_STREAM_PLAYBACK);
+        caps = WAVEOUTCAPSA{};
+        fillCommon(device, probe, caps);
+        caps.dwSupport = probeSupport(device);
+        return MMSYSERR_NOERROR;
+    }
+    MMRESULT inputCaps(UINT deviceId, WAVEINCAPSA& caps) override
+    {
+        Device device;
+        if (MMRESULT result = find(deviceId, false, device)) return result;
+        const Probe probe = probeDevice(device, SND_PCM_STREAM_CAPTURE);
+        caps = WAVEINCAPSA{};
+        fillCommon(device, probe, caps);
+        return MMSYSERR_NOERROR;
+    }
+
+    MMRESULT openOutput(UINT deviceId, const WAVEFORMATEX& format, PlayQueue& queue,
+                        std::unique_ptr<backend::OutputStream>& stream) override
+    {
+        Device device;
+        if (MMRESULT result = find(deviceId, true, device)) return result;
+        snd_pcm_t* pcm = nullptr;
+        snd_pcm_uframes_t period = 0;
+        const int error = openPcm(device, SND_PCM_STREAM_PLAYBACK, format.nSamplesPerSec,
+                                  kOutputBufferUs, pcm, period);
+        if (error < 0) return openError(error);
+        stream = std::make_unique<AlsaOutput>(pcm, period, queue);
+        return MMSYSERR_NOERROR;
+    }
+    MMRESULT openInput(UINT deviceId, const WAVEFORMATEX& format, CaptureQueue& queue,
+                       std::unique_ptr<backend::InputStream>& stream) override
+    {
+        Device device;
+        if (MMRESULT result = find(deviceId, false, device)) return result;
+        snd_pcm_t* pcm = nullptr;
+        snd_pcm_uframes_t period = 0;
+        const int error = openPcm(device, SND_PCM_STREAM_CAPTURE, format.nSamplesPerSec,
+                                  kInputBufferUs, pcm, period);
+        if (error < 0) return openError(error);
+        stream = std::make_unique<AlsaInput>(pcm, period, queue);
+        return MMSYSERR_NOERROR;
+    }
+
+private:
+    MMRESULT find(UINT deviceId, bool output, Device& device)
+    {
+        std::lock_guard lock(mutex_);
+        bool& listed = output ? outputsListed_ : inputsListed_;
+        std::vector<Device>& devices = output ? outputs_ : inputs_;
+        if (!listed) {
+            devices = listDevices(output ? SND_PCM_STREAM_PLAYBACK : SND_PCM_STREAM_CAPTURE);
+            listed = true;
+        }
+        if (deviceId >= devices.size()) return MMSYSERR_BADDEVICEID;
+        device = devices[deviceId];
+        return MMSYSERR_NOERROR;
+    }
+
+    template <class Caps>
+    static void fillCommon(const Device& device, const Probe& probe, Caps& caps)
+    {
+        const auto [maker, product] = cardIds(device.card);
+        caps.wMid = maker;
+        caps.wPid = product;
+        caps.vDriverVersion = driverVersion();
+        backend::copyDeviceName(device.name, caps.szPname);
+        caps.dwFormats = probe.formats;
+        caps.wChannels = probe.channels;
+    }
+
+    std::mutex mutex_;
+    std::vector<Device> outputs_;
+    std::vector<Device> inputs_;
+    bool outputsListed_ = false;
+    bool inputsListed_ = false;
+};
+
+}  // namespace
+
+StreamGain& streamGain()
+{
+    static StreamGain gain;
+    return gain;
+}
+
+backend::WaveBackend& backend()
+{
+    static AlsaBackend* const instance = new AlsaBackend;
+    return *instance;
+}
+
+}  // namespace mm::alsa

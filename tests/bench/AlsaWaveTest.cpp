@@ -1,0 +1,242 @@
+// The ALSA back end against the private sound server that scripts/test
+// starts: ALSA's default device plays into a null sink whose monitor is the
+// default input, so what is played comes back as what is recorded.
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/HostServices.h"
+#include "platform/WaveApi.h"
+#include "tests/support/ScriptedHost.h"
+#include "tests/support/SignalMeasure.h"
+#include "tests/support/TestEnvironment.h"
+
+extern char** environ;
+
+namespace {
+
+using namespace mm;
+using namespace testing_support;
+
+constexpr DWORD kForever = 2000000000;
+
+WAVEFORMATEX pcm(DWORD rate)
+{
+    WAVEFORMATEX format;
+    format.wFormatTag = WAVE_FORMAT_PCM;
+    format.nChannels = 1;
+    format.nSamplesPerSec = rate;
+    format.wBitsPerSample = 16;
+    format.nBlockAlign = 2;
+    format.nAvgBytesPerSec = rate * 2;
+    return format;
+}
+
+bool waitFor(const std::function<bool()>& condition, std::uint32_t limitMs)
+{
+    const std::uint32_t start = host::tickCount();
+    while (!condition()) {
+        if (host::tickCount() - start > limitMs) return false;
+        host::sleep(1);
+    }
+    return true;
+}
+
+class AlsaBench : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (std::getenv("WAVELARK_PULSE_PID") == nullptr) {
+            GTEST_SKIP() << "needs the private sound server that scripts/test starts";
+        }
+        ASSERT_EQ(waveBackendName(), "alsa");
+    }
+
+    ScriptedHost host;  // real time
+};
+
+// A looped buffer on an open output.
+struct Looping {
+    std::vector<std::int16_t> samples;
+    WAVEHDR header;
+
+    Looping(HWAVEOUT output, std::vector<std::int16_t> data) : samples(std::move(data))
+    {
+        header.lpData = reinterpret_cast<char*>(samples.data());
+        header.dwBufferLength = static_cast<DWORD>(samples.size() * 2);
+        EXPECT_EQ(waveOutPrepareHeader(output, &header, sizeof header), MMSYSERR_NOERROR);
+        headerSetFlags(header, WHDR_BEGINLOOP | WHDR_ENDLOOP, 0);
+        header.dwLoops = kForever;
+    }
+};
+
+TEST_F(AlsaBench, TheDefaultDeviceComesFirstWithWhatItCanDo)
+{
+    ASSERT_GE(waveOutGetNumDevs(), 1u);
+    WAVEOUTCAPSA out;
+    ASSERT_EQ(waveOutGetDevCapsA(0, &out, sizeof out), MMSYSERR_NOERROR);
+    EXPECT_GT(std::strlen(out.szPname), 0u);
+    EXPECT_LE(std::strlen(out.szPname), 31u);
+    const DWORD cdQuality = WAVE_FORMAT_4M16 | WAVE_FORMAT_4S16;
+    EXPECT_EQ(out.dwFormats & cdQuality, cdQuality) << "the server takes 44.1 kHz 16-bit";
+    EXPECT_GE(out.wChannels, 2);
+    EXPECT_TRUE(out.dwSupport & WAVECAPS_VOLUME) << "the server's mixer has a playback volume";
+    EXPECT_TRUE(out.dwSupport & WAVECAPS_SAMPLEACCURATE);
+
+    ASSERT_GE(waveInGetNumDevs(), 1u);
+    WAVEINCAPSA in;
+    ASSERT_EQ(waveInGetDevCapsA(0, &in, sizeof in), MMSYSERR_NOERROR);
+    EXPECT_EQ(in.dwFormats & cdQuality, cdQuality);
+}
+
+TEST_F(AlsaBench, AToneComesBackAtItsFrequencyAndLevelWithoutAGap)
+{
+    const WAVEFORMATEX format = pcm(44100);
+    HWAVEOUT output = 0;
+    HWAVEIN input = 0;
+    ASSERT_EQ(waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
+    ASSERT_EQ(waveInOpen(&input, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
+
+    std::vector<char> memory(2 * 44100 * 2);  // 2 s
+    WAVEHDR record;
+    record.lpData = memory.data();
+    record.dwBufferLength = static_cast<DWORD>(memory.size());
+    ASSERT_EQ(waveInPrepareHeader(input, &record, sizeof record), MMSYSERR_NOERROR);
+    ASSERT_EQ(waveInAddBuffer(input, &record, sizeof record), MMSYSERR_NOERROR);
+
+    Looping tone(output, makeTone(441, 10, 16000));  // 1 kHz, half scale
+    ASSERT_EQ(waveOutWrite(output, &tone.header, sizeof tone.header), MMSYSERR_NOERROR);
+    ASSERT_EQ(waveInStart(input), MMSYSERR_NOERROR);
+    EXPECT_TRUE(waitFor([&] { return headerFlags(record) & WHDR_DONE; }, 10000));
+
+    EXPECT_EQ(waveInReset(input), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveInUnprepareHeader(input, &record, sizeof record), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveInClose(input), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutReset(output), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutUnprepareHeader(output, &tone.header, sizeof tone.header), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutClose(output), MMSYSERR_NOERROR);
+
+    std::vector<std::int16_t> heard(memory.size() / 2);
+    std::memcpy(heard.data(), memory.data(), memory.size());
+    const std::size_t onset = onsetIndex(heard.data(), heard.size(), 2000);
+    ASSERT_LT(onset, 22050u) << "the tone arrives within half a second";
+    // From one cycle after the onset to the end: at least 1.5 s of tone.
+    const std::int16_t* steady = heard.data() + onset + 44;
+    const std::size_t length = heard.size() - onset - 44;
+    EXPECT_NEAR(measureFrequency(steady, length, 44100), 1000.0, 0.5);
+    const double levelDb = 20 * std::log10(rmsOf(steady, length) / (16000 / std::sqrt(2.0)));
+    EXPECT_NEAR(levelDb, 0.0, 0.5);
+    const auto windows = toneWindows(steady, length, 44100, 1000, 441);
+    EXPECT_LT(largestPhaseStep(windows, 44100, 1000, 441), 0.05)
+        << "a missing or repeated sample moves the phase by 0.14 rad";
+    const auto [low, high] = amplitudeSpread(windows);
+    EXPECT_GT(low, 0.95) << "no silent stretch";
+    EXPECT_LT(high, 1.05);
+}
+
+// A second private server, of this test's own, that the test may kill.
+class DoomedServer {
+public:
+    DoomedServer() : folder_(makeTempFolder("doomed-server"))
+    {
+        const std::string runtime = folder_ + "/runtime";
+        std::filesystem::create_directories(runtime);
+        std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
+        socket_ = runtime + "/pulse/native";
+
+        std::vector<std::string> environment;
+        for (char** variable = environ; *variable != nullptr; ++variable) {
+            if (std::strncmp(*variable, "XDG_RUNTIME_DIR=", 16) != 0 &&
+                std::strncmp(*variable, "PULSE_SERVER=", 13) != 0) {
+                environment.emplace_back(*variable);
+            }
+        }
+        environment.push_back("XDG_RUNTIME_DIR=" + runtime);
+        std::vector<std::string> arguments = {
+            "pulseaudio", "--daemonize=no", "--exit-idle-time=-1", "--disallow-exit", "-n",
+            "--load=module-native-protocol-unix",
+            "--load=module-null-sink sink_name=doomed",
+            "--log-target=file:" + folder_ + "/server.log"};
+        auto pointers = [](std::vector<std::string>& strings) {
+            std::vector<char*> list;
+            for (auto& s : strings) list.push_back(s.data());
+            list.push_back(nullptr);
+            return list;
+        };
+        auto argv = pointers(arguments);
+        auto envp = pointers(environment);
+        if (posix_spawnp(&pid_, "pulseaudio", nullptr, nullptr, argv.data(), envp.data()) != 0) {
+            pid_ = 0;
+        }
+    }
+    ~DoomedServer() { kill(); }
+
+    // Waits until the server listens; false when it did not start.
+    bool ready()
+    {
+        if (pid_ == 0) return false;
+        return waitFor([&] { return std::filesystem::exists(socket_); }, 10000);
+    }
+    std::string address() const { return "unix:" + socket_; }
+
+    void kill()
+    {
+        if (pid_ == 0) return;
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+        pid_ = 0;
+    }
+
+private:
+    std::string folder_;
+    std::string socket_;
+    pid_t pid_ = 0;
+};
+
+TEST_F(AlsaBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang)
+{
+    DoomedServer server;
+    ASSERT_TRUE(server.ready()) << "a second private server could not be started";
+    ::setenv("PULSE_SERVER", server.address().c_str(), 1);
+
+    const WAVEFORMATEX format = pcm(44100);
+    HWAVEOUT output = 0;
+    ASSERT_TRUE(waitFor([&] { return waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL) == 0; }, 5000));
+    Looping tone(output, makeTone(441, 10, 16000));
+    ASSERT_EQ(waveOutWrite(output, &tone.header, sizeof tone.header), MMSYSERR_NOERROR);
+    host::sleep(300);
+    server.kill();
+
+    // The feeder finds the server gone; the program hears of it at its next
+    // write, and nothing waits on the playing header any more.
+    EXPECT_TRUE(waitFor([&] { return headerFlags(tone.header) & WHDR_DONE; }, 10000));
+    Looping next(output, makeTone(441, 20, 16000));
+    EXPECT_EQ(waveOutWrite(output, &next.header, sizeof next.header), MMSYSERR_NODRIVER);
+
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(waveOutBreakLoop(output), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutReset(output), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutUnprepareHeader(output, &tone.header, sizeof tone.header), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutUnprepareHeader(output, &next.header, sizeof next.header), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutClose(output), MMSYSERR_NOERROR);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+
+    HWAVEOUT again = 0;
+    EXPECT_NE(waveOutOpen(&again, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR)
+        << "no server, no device";
+}
+
+}  // namespace

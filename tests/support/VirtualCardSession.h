@@ -1,0 +1,31 @@
+#pragma once
+// The virtual sound card for one test: reset to its defaults at the start
+// and the end, and in simulated time driven by the scripted host's sleep
+// unless real time is asked for. Make the ScriptedHost first.
+#include <cstdint>
+
+#include "platform/loopback/VirtualCard.h"
+#include "tests/support/ScriptedHost.h"
+
+namespace testing_support {
+
+class VirtualCardSession {
+public:
+    enum class Clock { Simulated, Real };
+
+    explicit VirtualCardSession(ScriptedHost& host, Clock clock = Clock::Simulated)
+    {
+        mm::loopback::reset();
+        if (clock == Clock::Simulated) {
+            host.useSimulatedTime();
+            mm::loopback::useSimulatedTime();
+            host.sleepListeners.push_back([](std::uint32_t ms) { mm::loopback::advance(ms); });
+        }
+    }
+    ~VirtualCardSession() { mm::loopback::reset(); }
+
+    VirtualCardSession(const VirtualCardSession&) = delete;
+    VirtualCardSession& operator=(const VirtualCardSession&) = delete;
+};
+
+}  // namespace testing_support
