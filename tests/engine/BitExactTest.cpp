@@ -1,0 +1,225 @@
+// The vectorised sample blocks against the plain formulas they stand for.
+// The sine's reference is the library sine in double of the float phase,
+// times the amplitude, rounded half to even; the blocks may use their own
+// polynomial only because they recompute every sample it could round wrongly.
+#include <algorithm>
+#include <cfloat>
+#include <cstring>
+#include <optional>
+
+#include "engine/SynthKernels.h"
+#include "tests/engine/EngineFixture.h"
+
+namespace engine_test {
+namespace {
+
+std::int16_t referenceSine(float phase, double amp)
+{
+    return static_cast<std::int16_t>(std::nearbyint(amp * std::sin(static_cast<double>(phase))));
+}
+
+// Phases over the whole cycle: a stride through every float in [0, 2pi),
+// the floats around the quarter points, and the floats where amp x sin lies
+// within a few units in the last place of a half (the samples the polynomial
+// must hand back to the library sine).
+std::vector<float> testPhases()
+{
+    std::vector<float> phases;
+    auto fromBits = [](std::uint32_t bits) {
+        float p;
+        std::memcpy(&p, &bits, sizeof p);
+        return p;
+    };
+    // Every 613th float from the smallest normal one up to 2pi.
+    for (std::uint32_t bits = 0x00800000u;; bits += 613u) {
+        const float p = fromBits(bits);
+        if (p >= synth::kTwoPi) break;
+        phases.push_back(p);
+    }
+    const float quarters[] = {0.0f, synth::kPi / 2, synth::kPi, 3 * synth::kPi / 2, synth::kTwoPi};
+    for (const float quarter : quarters) {
+        float p = quarter;
+        for (int i = 0; i < 2000; ++i) p = std::nextafter(p, 0.0f);
+        for (int i = 0; i < 4000; ++i, p = std::nextafter(p, 10.0f))
+            if (p >= 0 && p < synth::kTwoPi) phases.push_back(p);
+    }
+    for (int k = -32767; k < 32767; ++k) {
+        const double angle = std::asin((k + 0.5) / 32767.0);
+        for (const double a : {angle, M_PI - angle, angle + 2 * M_PI}) {
+            const float p = static_cast<float>(a);
+            for (const float q : {std::nextafter(p, 0.0f), p, std::nextafter(p, 10.0f)})
+                if (q >= 0 && q < synth::kTwoPi) phases.push_back(q);
+        }
+    }
+    // Of all floats in [0, 2pi), the one whose sine x 32767 lies nearest a
+    // half (0.5 - 4.85e-10): inside the margin, so its block is handed back.
+    phases.push_back(fromBits(0x37800100u));
+    return phases;
+}
+
+// Runs a block function over the phases in blocks of 256, the way the
+// engine does, and returns the samples; a block that hands back is
+// recomputed with the exact form.
+template <class Block, class Exact>
+std::vector<std::optional<std::int16_t>> blocks(const std::vector<float>& phases, Block block,
+                                                Exact exact)
+{
+    std::vector<std::optional<std::int16_t>> out(phases.size());
+    std::vector<std::int16_t> buffer(256);
+    for (std::size_t first = 0; first < phases.size(); first += 256) {
+        const std::size_t count = std::min<std::size_t>(256, phases.size() - first);
+        if (block(phases.data() + first, buffer.data(), static_cast<std::int32_t>(count))) {
+            for (std::size_t j = 0; j < count; ++j) out[first + j] = buffer[j];
+            continue;
+        }
+        for (std::size_t j = 0; j < count; ++j) {
+            try {
+                out[first + j] = exact(phases[first + j]);
+            } catch (const rt::RuntimeError&) {
+                out[first + j] = std::nullopt;  // the exact form reports this sample
+            }
+        }
+    }
+    return out;
+}
+
+TEST(BitExact, PolynomialSineStaysFarWithinItsRoundingMargin)
+{
+    double largest = 0;
+    for (const float p : testPhases())
+        largest = std::max(largest, std::fabs(synth::fastSine(p) - std::sin(double{p})));
+    EXPECT_LT(largest * 32767, synth::kSineRoundingMargin / 10);
+}
+
+TEST(BitExact, SineBlocksEqualTheLibrarySineRoundedHalfToEven)
+{
+    const std::vector<float> phases = testPhases();
+    ASSERT_GT(phases.size(), 1000000u);
+    for (const std::int16_t invert : {1, -1}) {
+        const synth::ShapeParams params = synth::shapeParams(invert, 0);
+        std::size_t handedBack = 0;
+        const auto out = blocks(
+            phases,
+            [&](const float* p, std::int16_t* o, std::int32_t n) {
+                const bool exact = synth::sineBlock(p, o, n, params);
+                handedBack += exact ? 0 : 1;
+                return exact;
+            },
+            [&](float p) { return synth::sineSample(p, params); });
+        for (std::size_t i = 0; i < phases.size(); ++i)
+            ASSERT_EQ(out[i], referenceSine(phases[i], invert * 32767.0)) << phases[i];
+        EXPECT_GT(handedBack, 0u);  // the near-half phases were recognised
+    }
+}
+
+TEST(BitExact, TriangleAndMarkSpaceBlocksEqualTheirFormulas)
+{
+    const std::vector<float> phases = testPhases();  // 0 among them: 0 % divides 0 by 0
+    for (const std::int16_t invert : {1, -1}) {
+        for (const std::int32_t percent : {0, 1, 30, 50, 99, 100}) {
+            SCOPED_TRACE(testing::Message() << invert << " " << percent);
+            const synth::ShapeParams params = synth::shapeParams(invert, percent);
+            const auto triangle = blocks(
+                phases,
+                [&](const float* p, std::int16_t* o, std::int32_t n) {
+                    return synth::triangleBlock(p, o, n, params);
+                },
+                [&](float p) { return synth::triangleSample(p, params); });
+            const auto markSpace = blocks(
+                phases,
+                [&](const float* p, std::int16_t* o, std::int32_t n) {
+                    synth::markSpaceBlock(p, o, n, params);
+                    return true;
+                },
+                [&](float p) { return synth::markSpaceSample(p, params); });
+            for (std::size_t i = 0; i < phases.size(); ++i) {
+                std::optional<std::int16_t> expected;
+                try {
+                    expected = synth::triangleSample(phases[i], params);
+                } catch (const rt::RuntimeError& e) {
+                    EXPECT_EQ(e.number(), rt::kErrOverflow);
+                }
+                ASSERT_EQ(triangle[i], expected) << phases[i];
+                ASSERT_EQ(markSpace[i], synth::markSpaceSample(phases[i], params)) << phases[i];
+            }
+            EXPECT_EQ(std::count(triangle.begin(), triangle.end(), std::nullopt) > 0, percent == 0);
+        }
+    }
+}
+
+TEST(BitExact, NoiseBlocksDrawWhatSingleDrawsDrawRejectionsIncluded)
+{
+    // 2^32 mod 60,000 = 47,296: about one draw in 90,000 is rejected and
+    // shifts every later one.
+    const synth::UniformRange range = synth::uniformRange(-30000, 29999);
+    ASSERT_EQ(range.threshold, 47296u);
+    std::uint64_t blockCounter = 12345;
+    std::uint64_t singleCounter = 12345;
+    std::vector<std::int16_t> block(262399);
+    for (int round = 0; round < 4; ++round) {
+        synth::randomBlock(blockCounter, range, block.data(),
+                           static_cast<std::int32_t>(block.size()));
+        for (const std::int16_t drawn : block)
+            ASSERT_EQ(drawn, synth::randomInRange(singleCounter, range));
+        ASSERT_EQ(blockCounter, singleCounter);
+    }
+    EXPECT_GT(blockCounter - 12345, 4u * 262399);  // some draws were rejected
+}
+
+class WholeBuffers : public EngineTest {
+protected:
+    // The made buffer with the blocks and with the plain formulas only.
+    void expectSameBothWays()
+    {
+        gWaveOutUseExactSamplesForTests(kFalse);
+        std::int32_t fastRate = 0;
+        const auto fast = make(&fastRate);
+        gWaveOutUseExactSamplesForTests(kTrue);
+        std::int32_t exactRate = 0;
+        const auto exact = make(&exactRate);
+        gWaveOutUseExactSamplesForTests(kFalse);
+        EXPECT_EQ(fastRate, exactRate);
+        ASSERT_EQ(fast.size(), exact.size());
+        const auto mismatch = std::mismatch(fast.begin(), fast.end(), exact.begin());
+        EXPECT_TRUE(mismatch.first == fast.end())
+            << "sample " << (mismatch.first - fast.begin()) + 1 << " of " << fast.size();
+    }
+};
+
+TEST_F(WholeBuffers, TonesAndBurstsOfEveryShapeAndBothAmplitudes)
+{
+    for (const char* shape : {"Sine", "Triangle", "MarkSpace"}) {
+        for (const Bool16 invert : {kFalse, kTrue}) {
+            SCOPED_TRACE(testing::Message() << shape << " " << invert);
+            gWaveOutSetShape(shape);
+            gWaveOutSetPercent(37);
+            gWaveOutSetInvert(invert);
+            for (const float f :
+                 {10.0f, 20.0f, 99.9f, 1000.0f, 1234.5f, 6000.0f, 15432.1f, 20000.0f}) {
+                settings(f);
+                expectSameBothWays();
+            }
+            settings(1000, 0, 0, false, false, 0, 10, 100);
+            expectSameBothWays();
+        }
+    }
+}
+
+TEST_F(WholeBuffers, SweepsCarryTheirPhaseIdenticallyThroughEveryStep)
+{
+    gWaveOutSetShape("Sine");
+    settings(20, 20000, 5, true, true, 600);
+    expectSameBothWays();
+    settings(20000, 20, 5, false, false, 600);
+    expectSameBothWays();
+    gWaveOutSetInvert(kTrue);
+    settings(20, 20000, 5, true, false, 600);
+    expectSameBothWays();
+    gWaveOutSetShape("Triangle");
+    gWaveOutSetPercent(30);
+    settings(20, 2000, 5, true, true, 600);
+    expectSameBothWays();
+}
+
+}  // namespace
+}  // namespace engine_test
