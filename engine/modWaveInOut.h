@@ -89,6 +89,86 @@ std::int32_t glWaveOutMakeSweep(std::int32_t lSampleRate, ErrorFlag& bError);
 // A whole number nLow..nHigh, uniformly drawn.
 std::int16_t gnRandomInteger(std::int16_t nLow, std::int16_t nHigh);
 
+// ---- Playback ----------------------------------------------------------------
+// Two output headers of 4,200,000 bytes each take turns: a change is loaded
+// into the idle one, the playing one's loop is broken, and the new one
+// follows it at the end of its pass, without a gap. Completion is learnt by
+// polling the headers' done flags; nothing calls back. A failed wave call
+// shows the platform's error text in a warning box titled "modWaveInOut."
+// and the procedure's name, and sets the error flag.
+
+// The one entry of the main window. sAction "Make" makes the signal only;
+// "Open" (re)opens the output and plays it; "SetHdr" remakes it into the
+// current header in place; any other text remakes it and swaps it in at
+// the end of the playing pass (at once with bReset). lLoops < 1 plays for
+// ever. A record array that reaches index 1 asks for the input to be
+// recorded over one pass of the new signal. Afterwards anSamples is cut for
+// display: noise to 200 samples; with bTrimForDisplay, a tone to one cycle
+// and a sample.
+void gWaveOutChange(const std::string& sAction, std::int32_t lLoops, Bool16 bReset,
+                    Bool16 bTrimForDisplay, rt::SampleArray& anSamples,
+                    rt::SampleArray& anRecord, ErrorFlag& bError);
+// Makes the signal, opens the output at its rate with two fresh headers and
+// plays it (the output playing before is stopped); a record array that
+// holds elements is sized to span one pass. Returns the rate.
+std::int32_t glWaveOutOpenPrepMakeUpdate(std::int32_t lLoops, rt::SampleArray& anSamples,
+                                         rt::SampleArray& anRecord, ErrorFlag& bError);
+// Remakes the signal and swaps it in; a new rate (or a closed output) opens
+// the output anew.
+void gWaveOutMakeUpdate(std::int32_t lLoops, Bool16 bReset, rt::SampleArray& anSamples,
+                        rt::SampleArray& anRecord, ErrorFlag& bError);
+// Remakes the signal into the current header without writing it: a playing
+// header plays the new signal from its next sample on.
+void gWaveOutMakeLoadSetHdr(rt::SampleArray& anSamples, ErrorFlag& bError);
+// A fresh header over lLength bytes at lpData: nothing recorded, no flags,
+// no loops.
+void gWaveIOSetHdr(char* lpData, std::int32_t lLength, mm::WAVEHDR& tHdr);
+// Writes output headers nFirst..nLast as one block looped lLoops times,
+// starting the input straight after each write when asked. Its failure
+// boxes are titled "modWaveInOut.gWaveInRecordOpen", whichever call failed.
+void gWaveOutPlay(std::int32_t lLoops, std::int16_t nFirst, std::int16_t nLast,
+                  Bool16 bStartRecording, ErrorFlag& bError);
+// Whether the current output header is done, waiting for it within its
+// budget (mbWaveOutDoneHdrPtr).
+Bool16 gbWaveOutDone(ErrorFlag& bError);
+// Closes the output when open: the loop is broken, then the output is reset
+// (bReset) or the current header is waited for within its budget; headers
+// are unprepared and freed. The handle is 0 afterwards in every case, and
+// closing what is not open does nothing.
+void gWaveOutClose(Bool16 bReset, ErrorFlag& bError);
+
+// ---- Capture -----------------------------------------------------------------
+// A burst measurement records the input during one pass of the output: the
+// input is opened with two headers before the output write, started right
+// after it, and header 1 is polled until it holds the pass.
+
+// Opens the chosen input device (an input still open is closed first) as
+// mono at lSampleRate and nBits, with nCount prepared headers of lBytes.
+void gWaveInOpenPrepare(std::int16_t nCount, std::int32_t lSampleRate, std::int16_t nBits,
+                        std::int32_t lBytes, ErrorFlag& bError);
+// gWaveInOpenPrepare with two headers, both added to the input.
+void gWaveInRecordOpen(std::int32_t lSampleRate, std::int16_t nBits, std::int32_t lBytes,
+                       ErrorFlag& bError);
+// Waits, for at most one pass of the output buffer plus 2 seconds, until
+// header 1 holds lBytes, stops the input, copies those bytes into anRecord
+// from index 1 and closes the input. An input that delivers too little in
+// time is closed, nothing is copied, and a warning box says so.
+void gWaveInRecordStop(std::int32_t lBytes, rt::SampleArray& anRecord, ErrorFlag& bError);
+// Closes the input when open (reset, headers unprepared and freed); the
+// handle is 0 afterwards in every case.
+void gWaveInClose(ErrorFlag& bError);
+
+// ---- Device discovery ----------------------------------------------------------
+
+// Chooses the first output device that is not a modem and fills the output
+// device record from its capabilities. "Wave device not found", or the text
+// of a failed capability read, is shown in a critical box titled with the
+// program's title; a failed read also sets the error flag, and no device is
+// chosen after it. True when a device was chosen.
+Bool16 gbWaveOutThere(ErrorFlag& bError);
+// The same for input ("Wave Input device not found").
+Bool16 gbWaveInThere(ErrorFlag& bError);
+
 // ---- Exposed for tests -------------------------------------------------------
 // Private procedures of the engine, declared here so that tests can call them,
 // and access to the module's state for the tests and the benchmark.
@@ -115,6 +195,15 @@ std::int32_t mlPtrEndNearest(float fFrequency, std::int32_t lSampleRate, std::in
 std::int32_t mlWaveOutMakeOneSweep(Bool16 bUp, std::int32_t lSampleRate, float fStep,
                                    float fSamplesPerStep, std::int32_t lPtrStart, float& fPhase,
                                    ErrorFlag& bError);
+// Whether output header nHdr is done, polled within a budget: a header of
+// 2,100,000 bytes or more (a fresh one) is never waited for; otherwise at
+// most (length / (bytes per sample x 2 x rate) + 1) x loops seconds, a
+// header looping for ever counting 5 loops.
+Bool16 mbWaveOutDoneHdrPtr(std::int16_t nHdr, ErrorFlag& bError);
+// The platform's texts for an output or input error code; empty, with the
+// error flag set, for a code it does not know.
+std::string msWaveOutGetErrorText(mm::MMRESULT lError, ErrorFlag& bError);
+std::string msWaveInGetErrorText(mm::MMRESULT lError, ErrorFlag& bError);
 
 // The settable part of the generator state.
 struct WaveOutGenerator {
@@ -134,8 +223,19 @@ WaveOutGenerator gWaveOutGeneratorForTests();
 // The engine's buffer as it stands (element 0 is sample 1).
 std::span<const std::int16_t> gWaveOutBufferForTests();
 const mm::WAVEFORMATEX& gWaveOutFormatForTests();
-// Puts the generator state, the device records and the buffer back to their
-// state at program start.
+// The playback and capture side of the state.
+struct WaveIOState {
+    std::int32_t waveOutHandle = 0;
+    std::int32_t waveInHandle = 0;
+    std::int32_t waveOutDeviceId = 0;
+    std::int32_t waveInDeviceId = 0;
+    std::int16_t currentHdr = 0;
+};
+WaveIOState gWaveIOStateForTests();
+// Output header nHdr (1 or 2) as it stands.
+const mm::WAVEHDR& gWaveOutHdrForTests(std::int16_t nHdr);
+// Closes what is open, then puts the generator state, the device records and
+// the buffer back to their state at program start.
 void gWaveOutResetForTests();
 // True makes every sample come from the plain per-sample formulas instead of
 // the vectorised blocks (which must give the same bits).

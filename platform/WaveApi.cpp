@@ -251,6 +251,18 @@ MMRESULT waveOutGetErrorTextA(MMRESULT error, char* text, UINT size)
     return errorText(error, text, size);
 }
 
+MMRESULT waveOutRewriteHeader(HWAVEOUT handle, WAVEHDR* header, UINT headerSize,
+                              const std::function<void()>& rewrite)
+{
+    std::lock_guard lock(handles().mutex);
+    OutputHandle* output = findOutput(handle);
+    if (output == nullptr) return MMSYSERR_INVALHANDLE;
+    if (MMRESULT result = checkHeader(header, headerSize)) return result;
+    if (!(headerFlags(*header) & WHDR_PREPARED)) return WAVERR_UNPREPARED;
+    output->queue->holdOff(rewrite);
+    return MMSYSERR_NOERROR;
+}
+
 // ------------------------------------------------------------------- input
 
 UINT waveInGetNumDevs() { return backend::activeBackend().inputCount(); }

@@ -17,6 +17,7 @@
 // from there: it is kept and returned by the next call that needs the device.
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace mm {
@@ -175,6 +176,13 @@ MMRESULT waveOutClose(HWAVEOUT handle);
 // The published text of an error code, cut to fit `size` characters with
 // the terminating NUL.
 MMRESULT waveOutGetErrorTextA(MMRESULT error, char* text, UINT size);
+// Not one of the published calls: rewrites the data and length of a
+// prepared header that the device may be playing. `rewrite` runs while the
+// device side is held off, so the device reads all of the old data or all
+// of the new, never a torn mix; a looping header plays the new data from
+// the next sample on. The engine changes a playing signal in place with it.
+MMRESULT waveOutRewriteHeader(HWAVEOUT handle, WAVEHDR* header, UINT headerSize,
+                              const std::function<void()>& rewrite);
 
 // Wave input. Added buffers fill in order once started; a buffer is marked
 // done when full (dwBytesRecorded grows as it fills).

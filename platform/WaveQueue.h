@@ -41,6 +41,14 @@ public:
     void reset();
     bool holds(const WAVEHDR* header) const;
     bool empty() const;
+    // Runs `change` with the device side held off: a header's data and
+    // length may be rewritten there while it plays.
+    template <class Change>
+    void holdOff(Change&& change)
+    {
+        std::lock_guard lock(mutex_);
+        change();
+    }
 
     // Device side.
     // Fills `frames` 16-bit mono frames: queued data first (headers that have

@@ -1,0 +1,41 @@
+#include "engine/modWavePolarity.h"
+
+#include "base/Trap.h"
+#include "engine/modTimeResponseShow.h"
+#include "engine/modWaveInOut.h"
+
+namespace {
+
+constexpr const char* kModule = "modWavePolarity";
+constexpr float kFullScale = 32767;
+constexpr std::int32_t kYellow = 65535;  // blue-green-red
+
+}  // namespace
+
+void gWavePolarity(float fFrequency, float fBurstCycles, std::int32_t lBurstPeriod,
+                   Bool16 bClearPlot, rt::SampleArray& anRecord, ErrorFlag& bError)
+{
+    rt::SampleArray anSamples;
+    rt::Trap trap(kModule, "gWavePolarity", bError);
+    const auto stopOnError = [&] {
+        if (bError) trap.leave();
+    };
+    trap.step([&] {
+        if (!bClearPlot) return;
+        gTimeResponseShowClsDrawAxis(bError);
+        stopOnError();
+    });
+    trap.step([&] { anSamples.redim(1, 1); });
+    trap.step([&] {
+        // A burst of its own, never a sweep.
+        gWaveOutSetFrequency1SweepBurst(fFrequency, 0, 0, kFalse, kFalse, 0, fBurstCycles,
+                                        lBurstPeriod, bError);
+        stopOnError();
+    });
+    trap.step([&] {
+        // Played once, the input recording that one pass.
+        gWaveOutChange("Open", 1, kTrue, kTrue, anSamples, anRecord, bError);
+        stopOnError();
+    });
+    trap.step([&] { gTimeResponseShow(anRecord, kTrue, kFullScale, kYellow, bError); });
+}
