@@ -3,28 +3,18 @@
 // default input, so what is played comes back as what is recorded.
 #include <gtest/gtest.h>
 
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/HostServices.h"
 #include "platform/WaveApi.h"
+#include "tests/bench/DoomedServer.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/SignalMeasure.h"
-#include "tests/support/TestEnvironment.h"
-
-extern char** environ;
 
 namespace {
 
@@ -43,16 +33,6 @@ WAVEFORMATEX pcm(DWORD rate)
     format.nBlockAlign = 2;
     format.nAvgBytesPerSec = rate * 2;
     return format;
-}
-
-bool waitFor(const std::function<bool()>& condition, std::uint32_t limitMs)
-{
-    const std::uint32_t start = host::tickCount();
-    while (!condition()) {
-        if (host::tickCount() - start > limitMs) return false;
-        host::sleep(1);
-    }
-    return true;
 }
 
 class AlsaBench : public ::testing::Test {
@@ -146,65 +126,6 @@ TEST_F(AlsaBench, AToneComesBackAtItsFrequencyAndLevelWithoutAGap)
     EXPECT_GT(low, 0.95) << "no silent stretch";
     EXPECT_LT(high, 1.05);
 }
-
-// A second private server, of this test's own, that the test may kill.
-class DoomedServer {
-public:
-    DoomedServer() : folder_(makeTempFolder("doomed-server"))
-    {
-        const std::string runtime = folder_ + "/runtime";
-        std::filesystem::create_directories(runtime);
-        std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
-        socket_ = runtime + "/pulse/native";
-
-        std::vector<std::string> environment;
-        for (char** variable = environ; *variable != nullptr; ++variable) {
-            if (std::strncmp(*variable, "XDG_RUNTIME_DIR=", 16) != 0 &&
-                std::strncmp(*variable, "PULSE_SERVER=", 13) != 0) {
-                environment.emplace_back(*variable);
-            }
-        }
-        environment.push_back("XDG_RUNTIME_DIR=" + runtime);
-        std::vector<std::string> arguments = {
-            "pulseaudio", "--daemonize=no", "--exit-idle-time=-1", "--disallow-exit", "-n",
-            "--load=module-native-protocol-unix",
-            "--load=module-null-sink sink_name=doomed",
-            "--log-target=file:" + folder_ + "/server.log"};
-        auto pointers = [](std::vector<std::string>& strings) {
-            std::vector<char*> list;
-            for (auto& s : strings) list.push_back(s.data());
-            list.push_back(nullptr);
-            return list;
-        };
-        auto argv = pointers(arguments);
-        auto envp = pointers(environment);
-        if (posix_spawnp(&pid_, "pulseaudio", nullptr, nullptr, argv.data(), envp.data()) != 0) {
-            pid_ = 0;
-        }
-    }
-    ~DoomedServer() { kill(); }
-
-    // Waits until the server listens; false when it did not start.
-    bool ready()
-    {
-        if (pid_ == 0) return false;
-        return waitFor([&] { return std::filesystem::exists(socket_); }, 10000);
-    }
-    std::string address() const { return "unix:" + socket_; }
-
-    void kill()
-    {
-        if (pid_ == 0) return;
-        ::kill(pid_, SIGKILL);
-        ::waitpid(pid_, nullptr, 0);
-        pid_ = 0;
-    }
-
-private:
-    std::string folder_;
-    std::string socket_;
-    pid_t pid_ = 0;
-};
 
 TEST_F(AlsaBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang)
 {

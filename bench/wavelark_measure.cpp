@@ -1,0 +1,453 @@
+// Measures the playback engine as a user meets it and prints the figures:
+//  - change-overs on the virtual card in simulated time: 1,000 frequency
+//    changes, every sample of the output followed (gaps, repeats, changes
+//    inside a pass);
+//  - change-overs on the real sound server through ALSA: 100 changes,
+//    recorded back through the null sink's monitor; latency from the call
+//    to the first new sample, and gaps;
+//  - CPU while a 1 kHz tone plays and the program idles, beside sox's
+//    "play -n synth sine 1000" measured the same way.
+// The server parts need the private server; run through scripts/measure.
+// Each part runs in a child process of its own, since a process chooses
+// its sound back end once.
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <optional>
+#include <random>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/Array.h"
+#include "base/Trap.h"
+#include "engine/modWaveInOut.h"
+#include "platform/HostServices.h"
+#include "platform/WaveApi.h"
+#include "platform/loopback/VirtualCard.h"
+#include "tests/support/PassWalk.h"
+
+extern char** environ;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::uint32_t kRate = 44100;
+
+double secondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// Failures inside the engine are printed and end the procedure.
+std::int16_t printError(const std::string& module, const std::string& procedure, std::int32_t line)
+{
+    std::fprintf(stderr, "error in %s.%s line %d: %s\n", module.c_str(), procedure.c_str(), line,
+                 rt::currentError().description.c_str());
+    return rt::kAnswerAbort;
+}
+
+// A host whose clock moves only when the program sleeps, driving the
+// virtual card by the same amount.
+class SimulatedHost : public host::HostServices {
+public:
+    std::int16_t msgBox(const std::string& text, std::int32_t style, const std::string& title) override
+    {
+        std::fprintf(stderr, "[%s] %s\n", title.c_str(), text.c_str());
+        ++boxes;
+        return host::defaultAnswer(style);
+    }
+    void beep() override {}
+    std::uint32_t tickCount() override { return tick_; }
+    void sleep(std::uint32_t milliseconds) override
+    {
+        tick_ += milliseconds;
+        mm::loopback::advance(milliseconds);
+    }
+    std::optional<std::string> localeInfo(host::LocaleItem) override { return std::nullopt; }
+    std::string getSetting(const std::string&, const std::string&, const std::string&,
+                           const std::string& defaultValue) override
+    {
+        return defaultValue;
+    }
+    void saveSetting(const std::string&, const std::string&, const std::string&,
+                     const std::string&) override
+    {
+    }
+    int boxes = 0;
+
+private:
+    std::uint32_t tick_ = 1000;
+};
+
+bool findDevices()
+{
+    ErrorFlag error = kFalse;
+    const bool found = gbWaveOutThere(error) && gbWaveInThere(error) && !error;
+    if (!found) std::fprintf(stderr, "no usable sound device\n");
+    gWaveOutSetShape("Sine");
+    return found;
+}
+
+void tone(float frequency)
+{
+    ErrorFlag error = kFalse;
+    gWaveOutSetFrequency1SweepBurst(frequency, 0, 0, kFalse, kFalse, 0, 0, 0, error);
+}
+
+// gWaveOutChange without display trimming; the whole made buffer.
+std::vector<std::int16_t> change(const std::string& action, bool& failed)
+{
+    rt::SampleArray samples;
+    rt::SampleArray noRecord;
+    ErrorFlag error = kFalse;
+    gWaveOutChange(action, 0, kFalse, kFalse, samples, noRecord, error);
+    failed = failed || error;
+    return samples.items();
+}
+
+// Neighbouring frequencies differ, so a pass of one never passes for the other.
+float frequencyOf(std::size_t k)
+{
+    static const float frequencies[] = {1000, 1250, 750, 2000, 1500, 600, 1800, 900, 2500, 1100};
+    return frequencies[k % std::size(frequencies)];
+}
+
+void printWalk(const char* where, const testing_support::PassWalk& walk, std::size_t changes)
+{
+    std::printf("%s: %zu change-overs made, %zu found at pass boundaries, %zu faults "
+                "(gaps, repeats or changes inside a pass)\n",
+                where, changes, walk.changes.size(), walk.faults.size());
+}
+
+// ---- the virtual card -------------------------------------------------------
+
+int measureVirtualCard()
+{
+    ::setenv("WAVELARK_AUDIO", "loopback", 1);
+    SimulatedHost simulated;
+    host::install(&simulated);
+    mm::loopback::reset();
+    mm::loopback::useSimulatedTime();
+    if (!findDevices()) return 1;
+
+    constexpr std::size_t kChanges = 1000;
+    std::mt19937 random(20260101);
+    std::uniform_int_distribution<int> pause(0, 40);  // ms; 0 changes twice in a pass
+    std::vector<std::vector<std::int16_t>> buffers;
+    bool failed = false;
+    mm::loopback::startTap();
+    tone(frequencyOf(0));
+    buffers.push_back(change("Open", failed));
+    for (std::size_t k = 1; k <= kChanges; ++k) {
+        const int ms = pause(random);
+        if (ms > 0) simulated.sleep(static_cast<std::uint32_t>(ms));
+        tone(frequencyOf(k));
+        buffers.push_back(change("", failed));
+    }
+    simulated.sleep(200);
+    ErrorFlag error = kFalse;
+    gWaveOutClose(kTrue, error);
+    std::vector<std::int16_t> heard;
+    for (const auto& segment : mm::loopback::takeTap())
+        heard.insert(heard.end(), segment.samples.begin(), segment.samples.end());
+
+    const testing_support::PassWalk walk = testing_support::walkPasses(heard, buffers, 0);
+    printWalk("virtual card", walk, kChanges);
+    std::printf("virtual card: %.1f s of output followed sample by sample, %d error boxes\n",
+                heard.size() / static_cast<double>(kRate), simulated.boxes);
+    host::install(nullptr);
+    return failed ? 1 : 0;
+}
+
+// ---- the real server ----------------------------------------------------------
+
+// Records the default input at 44.1 kHz mono and keeps, while the program
+// polls it, when each count of samples had arrived.
+class Recorder {
+public:
+    explicit Recorder(double seconds) : memory_(static_cast<std::size_t>(seconds * kRate) * 2)
+    {
+        mm::WAVEFORMATEX format;
+        format.wFormatTag = mm::WAVE_FORMAT_PCM;
+        format.nChannels = 1;
+        format.nSamplesPerSec = kRate;
+        format.wBitsPerSample = 16;
+        format.nBlockAlign = 2;
+        format.nAvgBytesPerSec = kRate * 2;
+        ok_ = mm::waveInOpen(&handle_, 0, &format, 0, 0, mm::CALLBACK_NULL) == 0;
+        header_.lpData = memory_.data();
+        header_.dwBufferLength = static_cast<mm::DWORD>(memory_.size());
+        ok_ = ok_ && mm::waveInPrepareHeader(handle_, &header_, sizeof header_) == 0 &&
+              mm::waveInAddBuffer(handle_, &header_, sizeof header_) == 0;
+        start_ = Clock::now();
+        ok_ = ok_ && mm::waveInStart(handle_) == 0;
+    }
+    ~Recorder()
+    {
+        mm::waveInReset(handle_);
+        mm::waveInUnprepareHeader(handle_, &header_, sizeof header_);
+        mm::waveInClose(handle_);
+    }
+    bool ok() const { return ok_; }
+    bool full() const { return mm::headerFlags(header_) & mm::WHDR_DONE; }
+
+    // Sleeps `ms` a millisecond at a time, noting the samples arrived.
+    void sleepWatching(std::uint32_t ms)
+    {
+        for (std::uint32_t i = 0; i < ms; ++i) {
+            host::sleep(1);
+            arrivals_.push_back({secondsSince(start_), mm::headerBytesRecorded(header_) / 2});
+        }
+    }
+    double now() const { return secondsSince(start_); }
+
+    std::vector<std::int16_t> samples() const
+    {
+        std::vector<std::int16_t> out(mm::headerBytesRecorded(header_) / 2);
+        std::memcpy(out.data(), memory_.data(), out.size() * 2);
+        return out;
+    }
+
+    // When sample `index` was played into the sink (seen by the monitor):
+    // the earliest arrival, less the samples after it, bounds that from
+    // above most tightly.
+    double playedAt(std::size_t index) const
+    {
+        double origin = 1e9;
+        for (const auto& a : arrivals_) {
+            if (a.samples > 0) origin = std::min(origin, a.time - a.samples / double(kRate));
+        }
+        return origin + index / double(kRate);
+    }
+    // When sample `index` reached the program.
+    double arrivedAt(std::size_t index) const
+    {
+        for (const auto& a : arrivals_) {
+            if (a.samples > index) return a.time;
+        }
+        return -1;
+    }
+
+private:
+    struct Arrival {
+        double time;
+        std::size_t samples;
+    };
+    std::vector<char> memory_;
+    mm::HWAVEIN handle_ = 0;
+    mm::WAVEHDR header_;
+    bool ok_ = false;
+    Clock::time_point start_;
+    std::vector<Arrival> arrivals_;
+};
+
+struct Spread {
+    double min, median, p95, max;
+};
+
+Spread spreadOf(std::vector<double> values)
+{
+    if (values.empty()) return {0, 0, 0, 0};
+    std::sort(values.begin(), values.end());
+    const auto at = [&](double q) { return values[static_cast<std::size_t>(q * (values.size() - 1))]; };
+    return {values.front(), at(0.5), at(0.95), values.back()};
+}
+
+void printSpread(const char* what, const Spread& s)
+{
+    std::printf("  %-44s min %6.1f  median %6.1f  95%% %6.1f  max %6.1f ms\n", what, s.min * 1000,
+                s.median * 1000, s.p95 * 1000, s.max * 1000);
+}
+
+int measureServer()
+{
+    ::setenv("WAVELARK_AUDIO", "alsa", 1);
+    if (!findDevices()) return 1;
+    constexpr std::size_t kChanges = 100;
+    std::mt19937 random(20260102);
+    std::uniform_int_distribution<int> pause(100, 160);
+    Recorder recorder(kChanges * 0.16 + 1.5);
+    if (!recorder.ok()) {
+        std::fprintf(stderr, "the input did not open\n");
+        return 1;
+    }
+    std::vector<std::vector<std::int16_t>> buffers;
+    std::vector<double> calls;
+    bool failed = false;
+    recorder.sleepWatching(300);
+    tone(frequencyOf(0));
+    buffers.push_back(change("Open", failed));
+    for (std::size_t k = 1; k <= kChanges; ++k) {
+        recorder.sleepWatching(static_cast<std::uint32_t>(pause(random)));
+        // From a 1 kHz tone to another and back, pass lengths 10 and 20 ms.
+        tone(k % 2 == 1 ? 1250 : 1000);
+        calls.push_back(recorder.now());
+        buffers.push_back(change("", failed));
+    }
+    while (!recorder.full() && recorder.now() < kChanges * 0.2 + 5) recorder.sleepWatching(10);
+    ErrorFlag error = kFalse;
+    gWaveOutClose(kTrue, error);
+
+    const std::vector<std::int16_t> heard = recorder.samples();
+    const testing_support::PassWalk walk = testing_support::walkPasses(heard, buffers, 2);
+    printWalk("real server", walk, kChanges);
+    if (walk.changes.size() != kChanges || !walk.faults.empty()) {
+        std::printf("real server: latency not measured (the recording does not follow every change)\n");
+        return 1;
+    }
+    std::vector<double> played, arrived, played1k, beyondPass1k;
+    for (std::size_t k = 1; k <= kChanges; ++k) {
+        const std::size_t first = walk.changes[k - 1];
+        const double call = calls[k - 1];
+        played.push_back(recorder.playedAt(first) - call);
+        arrived.push_back(recorder.arrivedAt(first) - call);
+        if (k % 2 == 1) {
+            // Out of the 1 kHz tone, whose pass is 441 samples (10 ms).
+            played1k.push_back(played.back());
+            beyondPass1k.push_back(played.back() - buffers[k - 1].size() / double(kRate));
+        }
+    }
+    std::printf("real server: change-over latency, from the call to the first new sample\n");
+    printSpread("played into the sink, out of 1 kHz (50)", spreadOf(played1k));
+    printSpread("  the same less a whole 10 ms pass", spreadOf(beyondPass1k));
+    printSpread("played into the sink, all 100", spreadOf(played));
+    printSpread("arrived in the program's recording, all 100", spreadOf(arrived));
+    return failed ? 1 : 0;
+}
+
+// ---- CPU ------------------------------------------------------------------------
+
+// Plays a 1 kHz tone for `seconds` while the program does nothing else.
+int playTone(double seconds)
+{
+    ::setenv("WAVELARK_AUDIO", "alsa", 1);
+    if (!findDevices()) return 1;
+    tone(1000);
+    bool failed = false;
+    change("Open", failed);
+    std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
+    ErrorFlag error = kFalse;
+    gWaveOutClose(kTrue, error);
+    return failed ? 1 : 0;
+}
+
+// CPU seconds (user + system) a process has used so far; negative when gone.
+double cpuSeconds(pid_t pid)
+{
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    if (!std::getline(stat, line)) return -1;
+    // Fields after the command (which may hold blanks) start after ") ".
+    std::istringstream fields(line.substr(line.rfind(')') + 2));
+    std::string field;
+    unsigned long long utime = 0, stime = 0;
+    for (int i = 3; i <= 15 && fields >> field; ++i) {
+        if (i == 14) utime = std::stoull(field);
+        if (i == 15) stime = std::stoull(field);
+    }
+    return static_cast<double>(utime + stime) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+// Starts a command; `quiet` sends its diagnostics to /dev/null.
+pid_t spawn(std::vector<std::string> arguments, bool quiet = false)
+{
+    std::vector<char*> argv;
+    for (auto& a : arguments) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (quiet) posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    pid_t pid = 0;
+    if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0) pid = 0;
+    posix_spawn_file_actions_destroy(&actions);
+    return pid;
+}
+
+struct CpuUse {
+    double process;  // % of one core
+    double server;
+};
+
+// Runs the command, lets it settle for 2 s, then measures 10 s of it (and
+// of the sound server), and stops it.
+std::optional<CpuUse> measureCpu(std::vector<std::string> command, bool quiet = false)
+{
+    const pid_t pid = spawn(std::move(command), quiet);
+    if (pid == 0) return std::nullopt;
+    const char* serverVariable = std::getenv("WAVELARK_PULSE_PID");
+    const pid_t server = serverVariable != nullptr ? std::atoi(serverVariable) : 0;
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    const auto start = Clock::now();
+    const double process0 = cpuSeconds(pid);
+    const double server0 = server > 0 ? cpuSeconds(server) : 0;
+    std::this_thread::sleep_for(std::chrono::seconds(10));
+    const double process1 = cpuSeconds(pid);
+    const double server1 = server > 0 ? cpuSeconds(server) : 0;
+    const double wall = secondsSince(start);
+    ::kill(pid, SIGTERM);
+    ::waitpid(pid, nullptr, 0);
+    if (process0 < 0 || process1 < 0) return std::nullopt;
+    return CpuUse{(process1 - process0) / wall * 100, (server1 - server0) / wall * 100};
+}
+
+int measureCpuSideBySide(const std::string& self)
+{
+    std::printf("CPU while a 1 kHz tone plays (10 s after 2 s to settle; %% of one core)\n");
+    const auto report = [](const char* who, const std::optional<CpuUse>& use) {
+        if (!use)
+            std::printf("  %-34s not measured (did not run)\n", who);
+        else
+            std::printf("  %-34s %5.2f %%   (sound server meanwhile %5.2f %%)\n", who, use->process,
+                        use->server);
+    };
+    report("wavelark (engine, program idle)", measureCpu({self, "--play-tone", "14"}));
+    report("sox: play -n synth sine 1000", measureCpu({"play", "-q", "-n", "synth", "sine", "1000"}, true));
+    return 0;
+}
+
+int runChild(const std::string& self, const std::string& part)
+{
+    const pid_t pid = spawn({self, part});
+    if (pid == 0) return 1;
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    rt::setErrorReporter(&printError);
+    const std::string self = "/proc/self/exe";
+    const std::string part = argc > 1 ? argv[1] : "";
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    if (part == "--virtual") return measureVirtualCard();
+    if (part == "--server") return measureServer();
+    if (part == "--cpu") return measureCpuSideBySide(self);
+    if (part == "--play-tone") return playTone(argc > 2 ? std::atof(argv[2]) : 10);
+    if (!part.empty()) {
+        std::fprintf(stderr, "usage: wavelark_measure [--virtual | --server | --cpu]\n");
+        return 2;
+    }
+    int status = runChild(self, "--virtual");
+    if (std::getenv("PULSE_SERVER") == nullptr) {
+        std::printf("no private sound server (PULSE_SERVER unset): run scripts/measure for the "
+                    "server figures\n");
+        return status;
+    }
+    status |= runChild(self, "--server");
+    status |= runChild(self, "--cpu");
+    return status;
+}
