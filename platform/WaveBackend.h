@@ -5,7 +5,7 @@
 // keep the handles, check the records and drive the queues; a back end only
 // moves samples and reports what its devices can do.
 //
-// A mixer for each back end (the mixer calls) sits beside its wave part:
+// A mixer for each back end (MixerBackend.h) sits beside its wave part:
 // platform/alsa/ and platform/loopback/ each keep the gains their mixer
 // drives (AlsaStreamGain.h, VirtualCard.h's levels()).
 #include <memory>

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "platform/WaveBackend.h"
+#include "platform/loopback/VirtualMixer.h"
 
 namespace mm::loopback {
 
@@ -554,7 +555,11 @@ double masterGain(std::uint16_t level)
 
 double linearGain(std::uint16_t level) { return static_cast<double>(level) / 65535.0; }
 
-void reset() { card().reset(); }
+void reset()
+{
+    card().reset();
+    resetMixers();
+}
 void setOutputDevices(std::vector<DeviceSpec> devices) { card().setOutputs(std::move(devices)); }
 void setInputDevices(std::vector<DeviceSpec> devices) { card().setInputs(std::move(devices)); }
 void setLatencyMs(std::uint32_t milliseconds) { card().setLatency(milliseconds); }
@@ -564,7 +569,11 @@ void refuseOutputOpen(MMRESULT code) { card().refuseOutputOpen(code); }
 void refuseInputOpen(MMRESULT code) { card().refuseInputOpen(code); }
 void failWrites(MMRESULT code) { card().failWrites(code); }
 void silenceInput(bool silent) { card().silenceInput(silent); }
-void vanish() { card().vanish(); }
+void vanish()
+{
+    card().vanish();
+    vanishMixers();
+}
 void useSimulatedTime() { card().useSimulatedTime(); }
 bool simulatedTime() { return card().simulated(); }
 void advance(std::uint32_t milliseconds) { card().advance(milliseconds); }

@@ -74,7 +74,7 @@ struct TapSegment {
 
 // Back to the defaults: one output and one input device named as above, a
 // latency of 20 ms, rates 1,000..384,000, unity levels, no faults, real time,
-// no tap. Call with nothing open.
+// no tap, the standard mixer (VirtualMixer.h). Call with nothing open.
 void reset();
 
 void setOutputDevices(std::vector<DeviceSpec> devices);
@@ -93,7 +93,7 @@ void failWrites(MMRESULT code);
 void silenceInput(bool silent);
 // The card disappears: open streams fail with MMSYSERR_NODRIVER at the next
 // clock step (their queued headers are marked done), and the device lists
-// are empty until reset().
+// (its mixer's too) are empty until reset().
 void vanish();
 
 // Switches to simulated time (call with nothing open); advance() then moves

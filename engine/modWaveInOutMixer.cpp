@@ -1,0 +1,22 @@
+#include "engine/modWaveInOutMixer.h"
+
+#include "base/Trap.h"
+#include "mixer/modMixer.h"
+
+WaveDeviceSearch gWaveOutThereSearch;
+WaveDeviceSearch gWaveInThereSearch;
+
+Bool16 gbWaveInOutMixerThere(Bool16 bInputRequired, std::string& sMixerReport, ErrorFlag& bError)
+{
+    Bool16 there = kFalse;
+    rt::Trap trap("modWaveInOut", "gbWaveInOutMixerThere", bError);
+    trap.step([&] {
+        if (!gWaveOutThereSearch(bError) || bError) trap.leave();
+    });
+    trap.step([&] {
+        const Bool16 input = gWaveInThereSearch(bError);
+        if ((!input && bInputRequired) || bError) trap.leave();
+    });
+    trap.step([&] { there = gbMixerThereInit(sMixerReport, bError); });
+    return there;
+}
