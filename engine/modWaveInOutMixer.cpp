@@ -1,10 +1,11 @@
 #include "engine/modWaveInOutMixer.h"
 
 #include "base/Trap.h"
+#include "engine/modWaveInOut.h"
 #include "mixer/modMixer.h"
 
-WaveDeviceSearch gWaveOutThereSearch;
-WaveDeviceSearch gWaveInThereSearch;
+WaveDeviceSearch gWaveOutThereSearch = &gbWaveOutThere;
+WaveDeviceSearch gWaveInThereSearch = &gbWaveInThere;
 
 Bool16 gbWaveInOutMixerThere(Bool16 bInputRequired, std::string& sMixerReport, ErrorFlag& bError)
 {

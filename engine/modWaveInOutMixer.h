@@ -5,11 +5,10 @@
 
 #include "base/Types.h"
 
-// The two device searches the check makes first, gbWaveOutThere and
-// gbWaveInThere of the wave module: each returns True when it chose a
-// device and sets the error flag when a capability read failed. They are
-// empty until the wave module's searches are put here (a check made before
-// that fails into the error reporter); tests put their own in place.
+// The two device searches the check makes first: gbWaveOutThere and
+// gbWaveInThere of the wave module unless a test puts its own in place.
+// Each returns True when it chose a device and sets the error flag when a
+// capability read failed.
 using WaveDeviceSearch = std::function<Bool16(ErrorFlag&)>;
 extern WaveDeviceSearch gWaveOutThereSearch;
 extern WaveDeviceSearch gWaveInThereSearch;

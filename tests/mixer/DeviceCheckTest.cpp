@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "engine/modWaveInOut.h"
 #include "engine/modWaveInOutMixer.h"
 #include "tests/mixer/MixerTestSupport.h"
 
@@ -36,8 +37,8 @@ protected:
     }
     ~DeviceCheck() override
     {
-        gWaveOutThereSearch = nullptr;
-        gWaveInThereSearch = nullptr;
+        gWaveOutThereSearch = &gbWaveOutThere;
+        gWaveInThereSearch = &gbWaveInThere;
     }
 
     Bool16 check(Bool16 inputRequired)
@@ -101,6 +102,19 @@ TEST_F(DeviceCheck, ASearchNotConnectedFailsIntoTheErrorReporter)
     gWaveOutThereSearch = nullptr;
     EXPECT_EQ(check(kTrue), kFalse);
     EXPECT_EQ(error, kTrue);
+}
+
+// The check as start-up makes it: the wave module's own searches on the
+// virtual card, then its mixer.
+TEST_F(MixerTest, TheStartUpCheckFindsTheVirtualCardsDevicesAndMixer)
+{
+    std::string report;
+    ErrorFlag error = kFalse;
+    EXPECT_EQ(gbWaveInOutMixerThere(kTrue, report, error), kTrue);
+    EXPECT_EQ(error, kFalse);
+    EXPECT_TRUE(host.boxes.empty());
+    EXPECT_TRUE(report.starts_with("Mixer Count: 1")) << report;
+    EXPECT_GT(gWaveOutInfo().sampleRate, 0);
 }
 
 }  // namespace
