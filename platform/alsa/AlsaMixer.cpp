@@ -91,7 +91,8 @@ std::vector<MixerDevice> listMixers()
     add("default", "Default");
     int card = -1;
     while (snd_card_next(&card) >= 0 && card >= 0) {
-        add("hw:" + std::to_string(card), "Card " + std::to_string(card));
+        const std::string number = std::to_string(card);
+        add("hw:" + number, "Card " + number);
     }
     return mixers;
 }
@@ -163,7 +164,10 @@ std::vector<Element> elementsOf(snd_mixer_t* mixer)
         ElementInfo& info = element.info;
         info.baseName = snd_mixer_selem_get_name(e);
         info.name = info.baseName;
-        if (const unsigned index = snd_mixer_selem_get_index(e); index > 0) info.name += " " + std::to_string(index);
+        if (const unsigned index = snd_mixer_selem_get_index(e); index > 0) {
+            info.name += ' ';
+            info.name += std::to_string(index);
+        }
         info.playbackVolume = snd_mixer_selem_has_playback_volume(e);
         info.playbackSwitch = snd_mixer_selem_has_playback_switch(e);
         info.captureVolume = snd_mixer_selem_has_capture_volume(e);
