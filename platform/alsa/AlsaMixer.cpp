@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/MixerBackend.h"
+#include "platform/alsa/AlsaCommon.h"
 #include "platform/alsa/AlsaMixerLayout.h"
 #include "platform/alsa/AlsaStreamGain.h"
 
@@ -22,41 +23,8 @@ namespace {
 using backend::MixerControlModel;
 using backend::MixerModel;
 
-// ALSA reports its own diagnostics on the error stream; a card without a
-// control device, or a sound server that is not running, would fill it.
-void quietAlsa(const char*, int, const char*, int, const char*, ...) {}
-
-void silenceAlsaDiagnostics()
-{
-    static const bool done = (snd_lib_error_set_handler(&quietAlsa), true);
-    (void)done;
-}
-
-MMRESULT mixerError(int error)
-{
-    switch (-error) {
-    case EBUSY:
-    case EAGAIN: return MMSYSERR_ALLOCATED;
-    case ENOENT:
-    case ENODEV:
-    case ENXIO:
-    case ECONNREFUSED:
-    case ENOTCONN:
-    case EHOSTDOWN:
-    case ESHUTDOWN:
-    case EPIPE: return MMSYSERR_NODRIVER;
-    case ENOMEM: return MMSYSERR_NOMEM;
-    default: return MMSYSERR_ERROR;
-    }
-}
-
-MMVERSION libraryVersion()
-{
-    unsigned major = 0;
-    unsigned minor = 0;
-    std::sscanf(snd_asoundlib_version(), "%u.%u", &major, &minor);
-    return static_cast<MMVERSION>(((major & 0xFF) << 8) | (minor & 0xFF));
-}
+// A mixer whose sound server has gone away reports a broken pipe.
+MMRESULT mixerError(int error) { return -error == EPIPE ? MMSYSERR_NODRIVER : deviceError(error); }
 
 // --------------------------------------------------------------- the list
 

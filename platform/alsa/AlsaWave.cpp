@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/WaveBackend.h"
+#include "platform/alsa/AlsaCommon.h"
 #include "platform/alsa/AlsaStreamGain.h"
 
 namespace mm::alsa {
@@ -36,36 +37,11 @@ constexpr unsigned kInputBufferUs = 200'000;
 constexpr int kStallLimitMs = 2000;
 constexpr int kWaitMs = 100;
 
-// ALSA reports its own diagnostics on the error stream; probing busy or
-// missing devices would fill it.
-void quietAlsa(const char*, int, const char*, int, const char*, ...) {}
-
-void silenceAlsaDiagnostics()
-{
-    static const bool done = (snd_lib_error_set_handler(&quietAlsa), true);
-    (void)done;
-}
-
 // ---------------------------------------------------------------- errors
 
-// An error met while opening or setting up a device.
-MMRESULT openError(int error)
-{
-    switch (-error) {
-    case EBUSY:
-    case EAGAIN: return MMSYSERR_ALLOCATED;
-    case ENOENT:
-    case ENODEV:
-    case ENXIO:
-    case ECONNREFUSED:
-    case ENOTCONN:
-    case EHOSTDOWN:
-    case ESHUTDOWN: return MMSYSERR_NODRIVER;
-    case ENOMEM: return MMSYSERR_NOMEM;
-    case EINVAL: return WAVERR_BADFORMAT;
-    default: return MMSYSERR_ERROR;
-    }
-}
+// An error met while opening or setting up a device; a refused format or
+// rate is a bad format.
+MMRESULT openError(int error) { return -error == EINVAL ? WAVERR_BADFORMAT : deviceError(error); }
 
 // ---------------------------------------------------------------- devices
 
@@ -203,15 +179,6 @@ std::pair<WORD, WORD> cardIds(int card)
         product = readHexId(base + "../idProduct");
     }
     return {maker, product};
-}
-
-// The library's major and minor version, the record's driver version.
-MMVERSION driverVersion()
-{
-    unsigned major = 0;
-    unsigned minor = 0;
-    std::sscanf(snd_asoundlib_version(), "%u.%u", &major, &minor);
-    return static_cast<MMVERSION>(((major & 0xFF) << 8) | (minor & 0xFF));
 }
 
 // The first PCM device of a card in the given direction, -1 when none.
@@ -613,7 +580,7 @@ private:
         const auto [maker, product] = cardIds(device.card);
         caps.wMid = maker;
         caps.wPid = product;
-        caps.vDriverVersion = driverVersion();
+        caps.vDriverVersion = libraryVersion();
         backend::copyDeviceName(device.name, caps.szPname);
         caps.dwFormats = probe.formats;
         caps.wChannels = probe.channels;
