@@ -178,13 +178,7 @@ class Recorder {
 public:
     explicit Recorder(double seconds) : memory_(static_cast<std::size_t>(seconds * kRate) * 2)
     {
-        mm::WAVEFORMATEX format;
-        format.wFormatTag = mm::WAVE_FORMAT_PCM;
-        format.nChannels = 1;
-        format.nSamplesPerSec = kRate;
-        format.wBitsPerSample = 16;
-        format.nBlockAlign = 2;
-        format.nAvgBytesPerSec = kRate * 2;
+        const mm::WAVEFORMATEX format = mm::pcmFormat(kRate);
         ok_ = mm::waveInOpen(&handle_, 0, &format, 0, 0, mm::CALLBACK_NULL) == 0;
         header_.lpData = memory_.data();
         header_.dwBufferLength = static_cast<mm::DWORD>(memory_.size());

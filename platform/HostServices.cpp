@@ -15,24 +15,20 @@ HostServices& systemHost()
     return host;
 }
 
-// The run-time's conversions read the decimal character from the host.
 std::string hostDecimalChar()
 {
     return current().localeInfo(LocaleItem::DecimalSeparator).value_or(std::string());
 }
 
-// Until a host is installed the conversions still read the system locale.
+// The run-time's conversions read the decimal character from whichever host
+// is installed (the system host until one is).
 const bool gDecimalCharSourceSet = (rt::setDecimalCharSource(&hostDecimalChar), true);
 
 }  // namespace
 
 HostServices& current() { return gInstalled != nullptr ? *gInstalled : systemHost(); }
 
-void install(HostServices* services)
-{
-    gInstalled = services;
-    rt::setDecimalCharSource(&hostDecimalChar);
-}
+void install(HostServices* services) { gInstalled = services; }
 
 std::int16_t msgBox(const std::string& text, std::int32_t style, const std::string& title)
 {

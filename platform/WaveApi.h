@@ -68,6 +68,19 @@ struct WAVEFORMATEX {
     WORD cbSize = 0;
 };
 
+// A plain PCM format: the block size and byte rate follow from the rest.
+inline WAVEFORMATEX pcmFormat(DWORD rate, WORD bits = 16, WORD channels = 1)
+{
+    WAVEFORMATEX format;
+    format.wFormatTag = WAVE_FORMAT_PCM;
+    format.nChannels = channels;
+    format.nSamplesPerSec = rate;
+    format.wBitsPerSample = bits;
+    format.nBlockAlign = static_cast<WORD>(channels * bits / 8);
+    format.nAvgBytesPerSec = rate * format.nBlockAlign;
+    return format;
+}
+
 // Header flags.
 inline constexpr DWORD WHDR_DONE = 0x00000001;
 inline constexpr DWORD WHDR_PREPARED = 0x00000002;

@@ -535,31 +535,33 @@ public:
     MMRESULT openOutput(UINT deviceId, const WAVEFORMATEX& format, PlayQueue& queue,
                         std::unique_ptr<backend::OutputStream>& stream) override
     {
-        Device device;
-        if (MMRESULT result = find(deviceId, true, device)) return result;
-        snd_pcm_t* pcm = nullptr;
-        snd_pcm_uframes_t period = 0;
-        const int error = openPcm(device, SND_PCM_STREAM_PLAYBACK, format.nSamplesPerSec,
-                                  kOutputBufferUs, pcm, period);
-        if (error < 0) return openError(error);
-        stream = std::make_unique<AlsaOutput>(pcm, period, queue);
-        return MMSYSERR_NOERROR;
+        return openStream<AlsaOutput>(deviceId, SND_PCM_STREAM_PLAYBACK, format, kOutputBufferUs,
+                                      queue, stream);
     }
     MMRESULT openInput(UINT deviceId, const WAVEFORMATEX& format, CaptureQueue& queue,
                        std::unique_ptr<backend::InputStream>& stream) override
     {
-        Device device;
-        if (MMRESULT result = find(deviceId, false, device)) return result;
-        snd_pcm_t* pcm = nullptr;
-        snd_pcm_uframes_t period = 0;
-        const int error = openPcm(device, SND_PCM_STREAM_CAPTURE, format.nSamplesPerSec,
-                                  kInputBufferUs, pcm, period);
-        if (error < 0) return openError(error);
-        stream = std::make_unique<AlsaInput>(pcm, period, queue);
-        return MMSYSERR_NOERROR;
+        return openStream<AlsaInput>(deviceId, SND_PCM_STREAM_CAPTURE, format, kInputBufferUs,
+                                     queue, stream);
     }
 
 private:
+    // Opens the device's PCM in one direction and starts its stream thread.
+    template <class Stream, class Queue, class Base>
+    MMRESULT openStream(UINT deviceId, snd_pcm_stream_t direction, const WAVEFORMATEX& format,
+                        unsigned bufferUs, Queue& queue, std::unique_ptr<Base>& stream)
+    {
+        Device device;
+        const bool output = direction == SND_PCM_STREAM_PLAYBACK;
+        if (MMRESULT result = find(deviceId, output, device)) return result;
+        snd_pcm_t* pcm = nullptr;
+        snd_pcm_uframes_t period = 0;
+        const int error = openPcm(device, direction, format.nSamplesPerSec, bufferUs, pcm, period);
+        if (error < 0) return openError(error);
+        stream = std::make_unique<Stream>(pcm, period, queue);
+        return MMSYSERR_NOERROR;
+    }
+
     MMRESULT find(UINT deviceId, bool output, Device& device)
     {
         std::lock_guard lock(mutex_);

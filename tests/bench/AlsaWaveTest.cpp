@@ -23,18 +23,6 @@ using namespace testing_support;
 
 constexpr DWORD kForever = 2000000000;
 
-WAVEFORMATEX pcm(DWORD rate)
-{
-    WAVEFORMATEX format;
-    format.wFormatTag = WAVE_FORMAT_PCM;
-    format.nChannels = 1;
-    format.nSamplesPerSec = rate;
-    format.wBitsPerSample = 16;
-    format.nBlockAlign = 2;
-    format.nAvgBytesPerSec = rate * 2;
-    return format;
-}
-
 class AlsaBench : public ::testing::Test {
 protected:
     void SetUp() override
@@ -84,7 +72,7 @@ TEST_F(AlsaBench, TheDefaultDeviceComesFirstWithWhatItCanDo)
 
 TEST_F(AlsaBench, AToneComesBackAtItsFrequencyAndLevelWithoutAGap)
 {
-    const WAVEFORMATEX format = pcm(44100);
+    const WAVEFORMATEX format = pcmFormat(44100);
     HWAVEOUT output = 0;
     HWAVEIN input = 0;
     ASSERT_EQ(waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
@@ -133,7 +121,7 @@ TEST_F(AlsaBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang)
     ASSERT_TRUE(server.ready()) << "a second private server could not be started";
     ::setenv("PULSE_SERVER", server.address().c_str(), 1);
 
-    const WAVEFORMATEX format = pcm(44100);
+    const WAVEFORMATEX format = pcmFormat(44100);
     HWAVEOUT output = 0;
     ASSERT_TRUE(waitFor([&] { return waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL) == 0; }, 5000));
     Looping tone(output, makeTone(441, 10, 16000));

@@ -35,13 +35,7 @@ class Recorder {
 public:
     explicit Recorder(double seconds) : memory_(static_cast<std::size_t>(seconds * kRate) * 2)
     {
-        mm::WAVEFORMATEX format;
-        format.wFormatTag = mm::WAVE_FORMAT_PCM;
-        format.nChannels = 1;
-        format.nSamplesPerSec = kRate;
-        format.wBitsPerSample = 16;
-        format.nBlockAlign = 2;
-        format.nAvgBytesPerSec = kRate * 2;
+        const mm::WAVEFORMATEX format = mm::pcmFormat(kRate);
         EXPECT_EQ(mm::waveInOpen(&handle_, 0, &format, 0, 0, mm::CALLBACK_NULL), mm::MMSYSERR_NOERROR);
         header_.lpData = memory_.data();
         header_.dwBufferLength = static_cast<mm::DWORD>(memory_.size());
@@ -127,13 +121,7 @@ protected:
     // Samples from starting the input to hearing a tone written just before.
     static std::size_t pathLatency()
     {
-        mm::WAVEFORMATEX format;
-        format.wFormatTag = mm::WAVE_FORMAT_PCM;
-        format.nChannels = 1;
-        format.nSamplesPerSec = kRate;
-        format.wBitsPerSample = 16;
-        format.nBlockAlign = 2;
-        format.nAvgBytesPerSec = kRate * 2;
+        const mm::WAVEFORMATEX format = mm::pcmFormat(kRate);
         mm::HWAVEOUT output = 0;
         mm::HWAVEIN input = 0;
         EXPECT_EQ(mm::waveOutOpen(&output, 0, &format, 0, 0, mm::CALLBACK_NULL), mm::MMSYSERR_NOERROR);

@@ -27,18 +27,6 @@ using namespace testing_support;
 
 constexpr DWORD kRate = 44100;
 
-WAVEFORMATEX pcm()
-{
-    WAVEFORMATEX format;
-    format.wFormatTag = WAVE_FORMAT_PCM;
-    format.nChannels = 1;
-    format.nSamplesPerSec = kRate;
-    format.wBitsPerSample = 16;
-    format.nBlockAlign = 2;
-    format.nAvgBytesPerSec = kRate * 2;
-    return format;
-}
-
 bool waitFor(const std::function<bool()>& condition, std::uint32_t limitMs)
 {
     const std::uint32_t start = host::tickCount();
@@ -56,7 +44,7 @@ bool waitFor(const std::function<bool()>& condition, std::uint32_t limitMs)
 // does not move.
 double recordedLevelDb()
 {
-    const WAVEFORMATEX format = pcm();
+    const WAVEFORMATEX format = pcmFormat(kRate);
     HWAVEOUT output = 0;
     HWAVEIN input = 0;
     EXPECT_EQ(waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);

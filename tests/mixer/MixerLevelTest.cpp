@@ -143,13 +143,7 @@ TEST(MixerOnAPlayingCard, TheMasterLevelReachesWhatTheCardPlays)
     ErrorFlag error = kFalse;
     ASSERT_EQ(gbMixerThereInit(report, error), kTrue);
 
-    WAVEFORMATEX format;
-    format.wFormatTag = WAVE_FORMAT_PCM;
-    format.nChannels = 1;
-    format.nSamplesPerSec = 44100;
-    format.wBitsPerSample = 16;
-    format.nBlockAlign = 2;
-    format.nAvgBytesPerSec = 88200;
+    const WAVEFORMATEX format = pcmFormat(44100);
     HWAVEOUT output = 0;
     HWAVEIN input = 0;
     ASSERT_EQ(waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);

@@ -20,24 +20,12 @@ using namespace testing_support;
 
 constexpr DWORD kForever = 2000000000;
 
-WAVEFORMATEX pcm(DWORD rate, WORD bits = 16)
-{
-    WAVEFORMATEX format;
-    format.wFormatTag = WAVE_FORMAT_PCM;
-    format.nChannels = 1;
-    format.nSamplesPerSec = rate;
-    format.wBitsPerSample = bits;
-    format.nBlockAlign = static_cast<WORD>(bits / 8);
-    format.nAvgBytesPerSec = rate * format.nBlockAlign;
-    return format;
-}
-
 // An open output with its own sample buffers.
 class Player {
 public:
     explicit Player(DWORD rate = 44100)
     {
-        const WAVEFORMATEX format = pcm(rate);
+        const WAVEFORMATEX format = pcmFormat(rate);
         EXPECT_EQ(waveOutOpen(&handle, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
     }
     ~Player()
@@ -78,7 +66,7 @@ public:
     Recorder(DWORD rate, std::size_t frames, WORD bits = 16)
         : memory_(frames * bits / 8), bits_(bits)
     {
-        const WAVEFORMATEX format = pcm(rate, bits);
+        const WAVEFORMATEX format = pcmFormat(rate, bits);
         EXPECT_EQ(waveInOpen(&handle, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
         header.lpData = memory_.data();
         header.dwBufferLength = static_cast<DWORD>(memory_.size());

@@ -18,18 +18,6 @@ using namespace mm;
 using testing_support::ScriptedHost;
 using testing_support::VirtualCardSession;
 
-WAVEFORMATEX pcm(DWORD rate, WORD bits = 16, WORD channels = 1)
-{
-    WAVEFORMATEX format;
-    format.wFormatTag = WAVE_FORMAT_PCM;
-    format.nChannels = channels;
-    format.nSamplesPerSec = rate;
-    format.wBitsPerSample = bits;
-    format.nBlockAlign = static_cast<WORD>(channels * bits / 8);
-    format.nAvgBytesPerSec = rate * format.nBlockAlign;
-    return format;
-}
-
 std::string errorText(MMRESULT code, UINT size = 200)
 {
     std::vector<char> text(size, 'x');
@@ -53,7 +41,7 @@ protected:
     HWAVEOUT openOutput(DWORD rate = 44100)
     {
         HWAVEOUT handle = 0;
-        const WAVEFORMATEX format = pcm(rate);
+        const WAVEFORMATEX format = pcmFormat(rate);
         EXPECT_EQ(waveOutOpen(&handle, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
         return handle;
     }
@@ -159,7 +147,7 @@ TEST_F(WaveApi, OddDeviceListsAreReportedAsSet)
     WAVEINCAPSA in;
     EXPECT_EQ(waveInGetDevCapsA(0, &in, sizeof in), MMSYSERR_BADDEVICEID);
     HWAVEIN input = 0;
-    const WAVEFORMATEX format = pcm(44100);
+    const WAVEFORMATEX format = pcmFormat(44100);
     EXPECT_EQ(waveInOpen(&input, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_BADDEVICEID);
 }
 
@@ -168,7 +156,7 @@ TEST_F(WaveApi, OddDeviceListsAreReportedAsSet)
 TEST_F(WaveApi, OpenChecksItsArguments)
 {
     HWAVEOUT handle = 0;
-    WAVEFORMATEX format = pcm(44100);
+    WAVEFORMATEX format = pcmFormat(44100);
     EXPECT_EQ(waveOutOpen(&handle, 0, &format, 0, 0, 0x00030000), MMSYSERR_INVALFLAG);
     EXPECT_EQ(waveOutOpen(nullptr, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_INVALPARAM);
     EXPECT_EQ(waveOutOpen(&handle, 0, nullptr, 0, 0, CALLBACK_NULL), MMSYSERR_INVALPARAM);
@@ -177,14 +165,14 @@ TEST_F(WaveApi, OpenChecksItsArguments)
     WAVEFORMATEX wrong = format;
     wrong.wFormatTag = 3;
     EXPECT_EQ(waveOutOpen(&handle, 0, &wrong, 0, 0, CALLBACK_NULL), WAVERR_BADFORMAT);
-    wrong = pcm(44100, 24);
+    wrong = pcmFormat(44100, 24);
     EXPECT_EQ(waveOutOpen(&handle, 0, &wrong, 0, 0, CALLBACK_NULL), WAVERR_BADFORMAT);
     wrong = format;
     wrong.nBlockAlign = 4;
     EXPECT_EQ(waveOutOpen(&handle, 0, &wrong, 0, 0, CALLBACK_NULL), WAVERR_BADFORMAT);
 
     loopback::setRateRange(8000, 48000);
-    wrong = pcm(96000);
+    wrong = pcmFormat(96000);
     EXPECT_EQ(waveOutOpen(&handle, 0, &wrong, 0, 0, CALLBACK_NULL), WAVERR_BADFORMAT)
         << "a rate the device does not take";
     EXPECT_EQ(handle, 0u) << "no handle after a refused open";
@@ -196,7 +184,7 @@ TEST_F(WaveApi, ABusyDeviceRefusesTheOpen)
     loopback::refuseInputOpen(MMSYSERR_ALLOCATED);
     HWAVEOUT output = 0;
     HWAVEIN input = 0;
-    const WAVEFORMATEX format = pcm(44100);
+    const WAVEFORMATEX format = pcmFormat(44100);
     EXPECT_EQ(waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_ALLOCATED);
     EXPECT_EQ(waveInOpen(&input, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_ALLOCATED);
 
@@ -288,7 +276,7 @@ TEST_F(WaveApi, ADeviceThatVanishesWhilePlayingFailsTheNextWriteAndStillCloses)
     EXPECT_EQ(waveOutClose(output), MMSYSERR_NOERROR);
 
     HWAVEOUT again = 0;
-    const WAVEFORMATEX format = pcm(44100);
+    const WAVEFORMATEX format = pcmFormat(44100);
     EXPECT_EQ(waveOutOpen(&again, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NODRIVER);
 }
 
@@ -296,7 +284,7 @@ TEST_F(WaveApi, AnInputThatNeverDeliversLeavesItsBuffersEmpty)
 {
     loopback::silenceInput(true);
     HWAVEIN input = 0;
-    const WAVEFORMATEX format = pcm(44100);
+    const WAVEFORMATEX format = pcmFormat(44100);
     ASSERT_EQ(waveInOpen(&input, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
     std::vector<char> memory(8820);
     WAVEHDR record;

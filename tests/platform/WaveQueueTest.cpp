@@ -15,18 +15,6 @@ using namespace mm;
 using backend::CaptureQueue;
 using backend::PlayQueue;
 
-WAVEFORMATEX pcm(DWORD rate, WORD channels, WORD bits)
-{
-    WAVEFORMATEX format;
-    format.wFormatTag = WAVE_FORMAT_PCM;
-    format.nChannels = channels;
-    format.nSamplesPerSec = rate;
-    format.wBitsPerSample = bits;
-    format.nBlockAlign = static_cast<WORD>(channels * bits / 8);
-    format.nAvgBytesPerSec = rate * format.nBlockAlign;
-    return format;
-}
-
 // A 16-bit mono buffer whose samples say where they come from:
 // base, base + 1, ... so a pulled stream can be read back.
 struct Buffer {
@@ -63,7 +51,7 @@ std::vector<std::int16_t> concat(std::initializer_list<std::vector<std::int16_t>
 
 class PlayQueueTest : public ::testing::Test {
 protected:
-    PlayQueue queue{pcm(44100, 1, 16)};
+    PlayQueue queue{pcmFormat(44100, 16, 1)};
 };
 
 TEST_F(PlayQueueTest, HeadersFollowEachOtherAndAreDoneOnceTheirLastFrameIsTaken)
@@ -223,7 +211,7 @@ TEST_F(PlayQueueTest, EmptyLoopBlockEndsInsteadOfSpinning)
 
 TEST(PlayQueueFormats, EightBitAndStereoBecomeSixteenBitMono)
 {
-    PlayQueue eight(pcm(11025, 1, 8));
+    PlayQueue eight(pcmFormat(11025, 8, 1));
     std::vector<unsigned char> bytes = {128, 255, 0, 192};
     WAVEHDR header;
     header.lpData = reinterpret_cast<char*>(bytes.data());
@@ -233,7 +221,7 @@ TEST(PlayQueueFormats, EightBitAndStereoBecomeSixteenBitMono)
     eight.pull(out.data(), 4);
     EXPECT_EQ(out, (std::vector<std::int16_t>{0, 127 * 256, -128 * 256, 64 * 256}));
 
-    PlayQueue stereo(pcm(44100, 2, 16));
+    PlayQueue stereo(pcmFormat(44100, 16, 2));
     std::vector<std::int16_t> frames = {1000, 3000, -200, -400, 7, 7};
     WAVEHDR pair;
     pair.lpData = reinterpret_cast<char*>(frames.data());
@@ -268,7 +256,7 @@ struct Record {
 
 TEST(CaptureQueue, FillsBuffersInOrderCountingBytesAndMarksFullOnesDone)
 {
-    CaptureQueue queue(pcm(44100, 1, 16));
+    CaptureQueue queue(pcmFormat(44100, 16, 1));
     Record first(8);
     Record second(8);
     queue.add(&first.header);
@@ -292,7 +280,7 @@ TEST(CaptureQueue, FillsBuffersInOrderCountingBytesAndMarksFullOnesDone)
 
 TEST(CaptureQueue, StopMarksAPartlyFilledBufferDoneAndKeepsEmptyOnes)
 {
-    CaptureQueue queue(pcm(44100, 1, 16));
+    CaptureQueue queue(pcmFormat(44100, 16, 1));
     Record partly(8);
     Record empty(8);
     queue.add(&partly.header);
@@ -316,7 +304,7 @@ TEST(CaptureQueue, StopMarksAPartlyFilledBufferDoneAndKeepsEmptyOnes)
 
 TEST(CaptureQueue, EightBitRecordsOneUnsignedBytePerSample)
 {
-    CaptureQueue queue(pcm(22050, 1, 8));
+    CaptureQueue queue(pcmFormat(22050, 8, 1));
     Record record(4);
     queue.add(&record.header);
     queue.start();
