@@ -52,7 +52,6 @@ void captureError(std::exception_ptr failure, std::int32_t line)
 
 void setErrorReporter(ErrorReporter reporter) { gReporter = reporter ? reporter : &abortEverything; }
 
-ErrorReporter errorReporter() { return gReporter; }
 
 Trap::Trap(std::string_view module, std::string_view procedure, ErrorFlag& errorFlag)
     : module_(module), procedure_(procedure), errorFlag_(&errorFlag)

@@ -46,7 +46,6 @@ void captureError(std::exception_ptr failure, std::int32_t line);
 using ErrorReporter = std::int16_t (*)(const std::string& module, const std::string& procedure,
                                        std::int32_t line);
 void setErrorReporter(ErrorReporter reporter);
-ErrorReporter errorReporter();
 
 class Trap {
 public:

@@ -29,8 +29,6 @@ public:
     std::string text() const override;
     void setText(const std::string& text) override;
 
-    QWidget* widget() const { return widget_; }
-
 private:
     QWidget* widget_;
     std::string typeName_;
@@ -49,8 +47,6 @@ public:
     void setFocus() override {}
     std::string text() const override;
     void setText(const std::string& text) override;
-
-    QAction* action() const { return action_; }
 
 private:
     QAction* action_;

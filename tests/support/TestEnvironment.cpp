@@ -36,8 +36,6 @@ std::string isolateUserFolders()
     return gHome;
 }
 
-const std::string& testHome() { return gHome; }
-
 std::string makeTempFolder(const std::string& hint)
 {
     std::string pattern = gHome + "/" + hint + "-XXXXXX";

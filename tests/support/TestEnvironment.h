@@ -9,9 +9,6 @@ namespace testing_support {
 // the process ends) and returns that folder.
 std::string isolateUserFolders();
 
-// The temporary HOME of this process.
-const std::string& testHome();
-
 // A new empty folder under the temporary HOME.
 std::string makeTempFolder(const std::string& hint);
 
