@@ -7,8 +7,6 @@
 #include <cstring>
 #include <memory>
 #include <new>
-#include <optional>
-#include <source_location>
 
 #include "base/Convert.h"
 #include "base/NumberText.h"
@@ -192,52 +190,6 @@ struct GeneratorState {
 
 GeneratorState gState;
 
-// A trap that is made only when a step fails, for the procedures a make runs
-// thousands of times (the segment writer runs once per sweep step): making a
-// Trap costs its two names, and a make should cost only its samples. A
-// failure is handed to the trap made then, with the same answers: Retry runs
-// the failed step again, Ignore goes on, Abort sets the flag and leaves.
-class LazyTrap {
-public:
-    LazyTrap(const char* procedure, ErrorFlag& bError) : procedure_(procedure), error_(bError) {}
-
-    template <class Body>
-    bool step(Body&& body, std::source_location where = std::source_location::current())
-    {
-        if (trap_) return trap_->step(body, where);
-        if (leaving_) return false;
-        try {
-            body();
-            return true;
-        } catch (...) {
-            const std::exception_ptr failure = std::current_exception();
-            trap_.emplace(kModule, procedure_, error_);
-            bool replayed = false;
-            return trap_->step(
-                [&] {
-                    if (!replayed) {
-                        replayed = true;
-                        std::rethrow_exception(failure);
-                    }
-                    body();
-                },
-                where);
-        }
-    }
-    bool leaving() const { return trap_ ? trap_->leaving() : leaving_; }
-    void leave()
-    {
-        if (trap_) trap_->leave();
-        leaving_ = true;
-    }
-
-private:
-    const char* procedure_;
-    ErrorFlag& error_;
-    std::optional<rt::Trap> trap_;
-    bool leaving_ = false;
-};
-
 // Tests switch the vectorised blocks off to compare them with the plain formulas.
 bool gExactSamplesOnly = false;
 
@@ -399,7 +351,7 @@ void writeSegment(Shape shape, const synth::ShapeParams& params, float step, std
 void mWaveOutMakeOneFrequency(float fFrequency, std::int32_t lSampleRate, std::int32_t lPtrStart,
                               std::int32_t lPtrEnd, float& fPhase, ErrorFlag& bError)
 {
-    LazyTrap trap("mWaveOutMakeOneFrequency", bError);
+    rt::Trap trap(kModule, "mWaveOutMakeOneFrequency", bError);
     synth::PhaseStep step;
     synth::ShapeParams params;
     Shape shape = Shape::Sine;
@@ -437,7 +389,7 @@ std::int32_t mlPtrEndInTolerance(std::int32_t lSampleRate, float fFrequency, flo
     float target = 0;
     float a = 0;
     float b = 0;
-    LazyTrap trap("mlPtrEndInTolerance", bError);
+    rt::Trap trap(kModule, "mlPtrEndInTolerance", bError);
     trap.step([&] { step = synth::phaseStep(lSampleRate, fFrequency); });
     trap.step([&] {
         for (;;) {
@@ -463,7 +415,7 @@ std::int32_t mlPtrEndNearest(float fFrequency, std::int32_t lSampleRate, std::in
                              std::int32_t lPtrEnd, float fPhase, ErrorFlag& bError)
 {
     std::int32_t result = 0;
-    LazyTrap trap("mlPtrEndNearest", bError);
+    rt::Trap trap(kModule, "mlPtrEndNearest", bError);
     trap.step([&] {
         const synth::PhaseStep step = synth::phaseStep(lSampleRate, fFrequency);
         const std::int32_t count = rt::toInt32(static_cast<double>(lPtrEnd) - lPtrStart + 1);
@@ -488,7 +440,7 @@ std::int32_t mlWaveOutMakeOneSweep(Bool16 bUp, std::int32_t lSampleRate, float f
     std::int32_t lPtr = lPtrStart;
     std::int32_t lEnd = lPtrStart - 1;
     std::int32_t i = 1;
-    LazyTrap trap("mlWaveOutMakeOneSweep", bError);
+    rt::Trap trap(kModule, "mlWaveOutMakeOneSweep", bError);
     trap.step([&] {
         const std::int32_t steps = gState.sweepSteps;
         for (; i <= steps - 1; ++i) {
@@ -518,8 +470,8 @@ std::int32_t glWaveOutMakeSweep(std::int32_t lSampleRate, ErrorFlag& bError)
     float fStep = 0;
     float fSamplesPerStep = 0;
     float fPhase = 0;
-    LazyTrap trap("glWaveOutMakeSweep", bError);
-    const auto leaveOnError = [&](LazyTrap& t) {
+    rt::Trap trap(kModule, "glWaveOutMakeSweep", bError);
+    const auto leaveOnError = [&](rt::Trap& t) {
         if (bError) t.leave();
     };
     trap.step([&] {
@@ -599,7 +551,7 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError)
     std::int32_t lLength = 0;
     bool silence = false;
     bool burst = false;
-    LazyTrap trap("glWaveOutMake", bError);
+    rt::Trap trap(kModule, "glWaveOutMake", bError);
     trap.step([&] {
         lSampleRate = gState.waveOutInfo.sampleRate;
         silence = gState.frequency1 == 0;
@@ -678,13 +630,13 @@ enum class Direction { Out, In };
 
 // The warning box of a failed wave call: the platform's text for the code,
 // titled with the module and the procedure; sets the error flag.
-void mShowWaveError(Direction direction, mm::MMRESULT result, const std::string& procedure,
+void mShowWaveError(Direction direction, mm::MMRESULT result, std::string_view procedure,
                     ErrorFlag& bError)
 {
     const std::string text = direction == Direction::Out ? msWaveOutGetErrorText(result, bError)
                                                          : msWaveInGetErrorText(result, bError);
     bError = kTrue;
-    host::msgBox(text, host::kExclamation, std::string(kModule) + "." + procedure);
+    host::msgBox(text, host::kExclamation, std::string(kModule) + "." + std::string(procedure));
 }
 
 // True when the call succeeded; otherwise its box is shown, the error flag
