@@ -52,7 +52,6 @@ void captureError(std::exception_ptr failure, std::int32_t line)
 
 void setErrorReporter(ErrorReporter reporter) { gReporter = reporter ? reporter : &abortEverything; }
 
-
 Trap::Answer Trap::handle(std::exception_ptr failure, std::uint_least32_t line)
 {
     captureError(failure, static_cast<std::int32_t>(line));
