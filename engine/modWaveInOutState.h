@@ -2,7 +2,8 @@
 // The inside of the signal engine: the module's state, grouped by who owns
 // it, and the private procedures that more than one of its parts calls. The
 // engine is one module (modWaveInOut.h) written in four parts: synthesis,
-// playback, capture and device discovery. Only those parts include this.
+// playback, capture and device discovery. Only those parts and the
+// engine's testing header include this.
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -38,7 +39,7 @@ struct Generator {
     std::int16_t burstPeriod = 0;      // ms
     SampleStore samples;
     std::uint64_t randomCounter = 0;   // the noise source's position
-    bool exactSamplesOnly = false;     // every sample from the per-sample formulas
+    bool exactSamplesOnly = false;     // no vectorised blocks (tests compare the two)
 };
 
 // One direction of the wave device as it is open.

@@ -12,6 +12,7 @@
 
 using namespace waveio;
 
+// The engine's state, which all four parts share.
 waveio::EngineState waveio::gState;
 
 namespace {
