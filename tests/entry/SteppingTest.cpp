@@ -10,12 +10,12 @@
 #include "entry/modMouseDown.h"
 #include "entry/modUpDownSet.h"
 #include "platform/KeyCodes.h"
-#include "tests/entry/EntryTestSupport.h"
+#include "tests/support/FakeControls.h"
 #include "tests/support/ScriptedHost.h"
 
 namespace {
 
-using entry_testing::RecordingUpDown;
+using testing_support::RecordingUpDown;
 using ui::kCtrlMask;
 using ui::kKeyDown;
 using ui::kKeyEnd;

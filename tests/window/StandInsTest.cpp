@@ -5,12 +5,13 @@
 #include <QApplication>
 #include <QTest>
 
-#include "window/Colors.h"
-#include "window/PictureBox.h"
-#include "window/SimpleControls.h"
-#include "window/TextBox.h"
-#include "window/UpDown.h"
-#include "window/VScrollBar.h"
+#include "controls/PictureBox.h"
+#include "controls/QtConversions.h"
+#include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
+#include "controls/UpDown.h"
+#include "controls/VScrollBar.h"
+#include "platform/Colours.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ TEST(TextBoxEvents, KeyPressCanSwallowOrReplaceACharacter)
         if (key == ',') key = '.';        // replaced
     };
     QTest::keyClicks(&box, "1x,5");
-    EXPECT_EQ(box.QLineEdit::text(), "1.5");
+    EXPECT_EQ(box.control().text(), "1.5");
     EXPECT_EQ(pressed, (std::vector<int>{'1', 'x', ',', '5'}));
     QTest::keyClick(&box, Qt::Key_Backspace);
     EXPECT_EQ(pressed.back(), 8);
@@ -62,10 +63,10 @@ TEST(TextBoxEvents, ChangeRunsForTypedAndSetText)
     ui::TextBox box("txtTest");
     int changes = 0;
     box.Change = [&] { ++changes; };
-    box.setText(std::string("440"));
+    box.control().setText("440");
     QTest::keyClicks(&box, "0");
     EXPECT_EQ(changes, 2);
-    EXPECT_EQ(box.text(), "4400");
+    EXPECT_EQ(box.control().text(), "4400");
 }
 
 TEST(UpDownControl, StepsWithinItsLimitsAndRaisesChangeEvenAtALimit)
@@ -77,7 +78,7 @@ TEST(UpDownControl, StepsWithinItsLimitsAndRaisesChangeEvenAtALimit)
     spin.setMax(10);
     spin.setIncrement(4);
     spin.setValue(5);
-    EXPECT_EQ(buddy.text(), "5");
+    EXPECT_EQ(buddy.control().text(), "5");
     int changes = 0;
     spin.Change = [&] { ++changes; };
     spin.stepBy(+1);
@@ -87,7 +88,7 @@ TEST(UpDownControl, StepsWithinItsLimitsAndRaisesChangeEvenAtALimit)
     spin.stepBy(+1);
     EXPECT_EQ(spin.value(), 10);
     EXPECT_EQ(changes, 3) << "a step against the limit still raises Change";
-    EXPECT_EQ(buddy.text(), "10");
+    EXPECT_EQ(buddy.control().text(), "10");
     spin.setValue(10);
     EXPECT_EQ(changes, 3) << "setting the same value is no change";
 }
