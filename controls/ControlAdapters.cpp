@@ -9,7 +9,7 @@
 #include <QWidget>
 
 #include "controls/QtConversions.h"
-#include <QTimer>
+#include "platform/qt/LiveWait.h"
 
 namespace ui {
 
@@ -80,11 +80,11 @@ template class WidgetAdapter<UpDownControl>;
 
 void giveFocus(QWidget* widget)
 {
-    if (gFocusMoves == 0) {
+    if (gFocusMoves == 0 && !host::waitUnderway()) {
         widget->setFocus(Qt::OtherFocusReason);
         return;
     }
-    QTimer::singleShot(0, widget, [widget] { giveFocus(widget); });
+    host::afterWaits(widget, [widget] { giveFocus(widget); });
 }
 
 FocusMoving::FocusMoving() { ++gFocusMoves; }

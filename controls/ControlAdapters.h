@@ -67,8 +67,8 @@ private:
 };
 
 // Gives a widget the focus as the program asks for it. While the focus is
-// moving (a text box's leave-check is running), the focus moves once that
-// has finished.
+// moving (a text box's leave-check is running) or an engine wait is under
+// way, the focus moves once that has finished.
 void giveFocus(QWidget* widget);
 
 // Marks, while it lives, that the focus is moving, for giveFocus.

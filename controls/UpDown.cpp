@@ -9,6 +9,7 @@
 
 #include "controls/QtConversions.h"
 #include "controls/TextBox.h"
+#include "platform/qt/LiveWait.h"
 
 namespace ui {
 
@@ -68,8 +69,13 @@ void UpDown::syncBuddy()
 
 void UpDown::repeatStep()
 {
-    repeat_.setInterval(kRepeatIntervalMs);
-    if (heldDirection_ != 0) stepBy(heldDirection_);
+    // A repeat that falls inside an engine wait is skipped: its Change could
+    // re-enter the engine. After a step (which may itself have waited) the
+    // next repeat comes a full interval later, so that a release queued
+    // meanwhile is seen first.
+    if (heldDirection_ == 0 || host::waitUnderway()) return;
+    stepBy(heldDirection_);
+    repeat_.start(kRepeatIntervalMs);
 }
 
 void UpDown::mousePressEvent(QMouseEvent* event)
