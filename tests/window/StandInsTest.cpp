@@ -199,4 +199,59 @@ TEST(Buttons, SettingAValueFromCodeRunsClick)
     EXPECT_EQ(check.value(), 0);
 }
 
+// The core reaches every kind through control(): the text it reads and sets
+// is the box's text or the caption, lines end in "\r\n", an up-down's value
+// and limits are the widget's, and focus and enabling act on the widget
+// itself, whichever pointer the window holds.
+TEST(CoreView, EveryKindReadsAndSetsThroughItsControl)
+{
+    QWidget form;
+    auto* box = new ui::TextBox("txtBox", &form);
+    auto* report = new ui::MultiLineTextBox("txtReport", &form);
+    auto* label = new ui::Label("lblCaption", "&Level", &form);
+    auto* check = new ui::CheckBox("chkMute", "&Mute", &form);
+    auto* spin = new ui::UpDown("updSpin", &form);
+    auto* bar = new ui::VScrollBar("vsbLevel", &form);
+
+    int changes = 0;
+    box->Change = [&] { ++changes; };
+    box->control().setText("12.5");
+    EXPECT_EQ(box->text(), "12.5");
+    EXPECT_EQ(changes, 1) << "a text set by the core is a change";
+    report->control().setText("one\r\ntwo");
+    EXPECT_EQ(report->toPlainText(), "one\ntwo");
+    EXPECT_EQ(report->control().text(), "one\r\ntwo");
+    label->control().setText("Ou&t");
+    EXPECT_EQ(label->text(), "Ou&t");
+    EXPECT_EQ(check->control().text(), "&Mute");
+    EXPECT_EQ(bar->control().text(), "") << "a scroll bar has no text";
+
+    ui::UpDownControl& upDown = spin->control();
+    upDown.setMax(40);
+    upDown.setValue(30);
+    EXPECT_EQ(spin->value(), 30);
+    EXPECT_EQ(upDown.max(), 40);
+
+    const std::pair<ui::Control*, const char*> kinds[] = {
+        {&box->control(), "TextBox"},  {&report->control(), "TextBox"},
+        {&label->control(), "Label"},  {&check->control(), "CheckBox"},
+        {&spin->control(), "UpDown"},  {&bar->control(), "VScrollBar"}};
+    for (const auto& [control, type] : kinds) EXPECT_EQ(control->typeName(), type);
+    EXPECT_EQ(box->control().name(), "txtBox");
+
+    form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form));
+    form.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    check->control().setFocus();
+    EXPECT_TRUE(check->hasFocus());
+    static_cast<QWidget*>(box)->setFocus();
+    EXPECT_TRUE(box->hasFocus()) << "Qt's own setFocus is not hidden";
+    box->control().setEnabled(false);
+    EXPECT_FALSE(box->isEnabled());
+    box->hide();
+    EXPECT_FALSE(box->control().visible());
+    EXPECT_TRUE(label->control().visible());
+}
+
 }  // namespace
