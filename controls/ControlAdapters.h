@@ -8,6 +8,7 @@
 //    and its adapter, reached as control().
 //  - MenuControl, CommonDialog: the controls that are not widgets.
 //  - ControlList: a window's controls in the order they were made.
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
