@@ -102,6 +102,7 @@ PolarityVerdict verdictOf(std::span<const std::int16_t> played,
         correlation.begin());
     const double noise = rmsAwayFrom(correlation, peak, burst.size());
     const double peakSize = std::abs(static_cast<double>(correlation[peak]));
+    verdict.peakToNoiseDb = gdPowerRatioDb(peakSize * peakSize, noise * noise);
     if (!(peakSize > 0) || peakSize < kPeakMargin * noise) return verdict;
 
     const std::int64_t lag =
@@ -115,7 +116,6 @@ PolarityVerdict verdictOf(std::span<const std::int16_t> played,
     verdict.delaySamples = static_cast<std::int32_t>(lag - (burstStart - played.begin()));
     verdict.delayMs = verdict.delaySamples * 1000.0 / sampleRate;
     verdict.gainDb = gdPowerRatioDb(gain * gain, 1);
-    verdict.peakToNoiseDb = gdPowerRatioDb(peakSize * peakSize, noise * noise);
     return verdict;
 }
 

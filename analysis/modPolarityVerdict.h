@@ -15,11 +15,11 @@
 //   least-squares scale from the played burst to the recording.
 // The peak counts as a signal when |c| is at least 10 times (20 dB) the rms of
 // c over the lags more than a burst's length from it, where the burst cannot
-// meet itself. Noise alone peaks some 4 to 5 rms high over the lags of a
-// second's recording, so the margin leaves room for hum and other coloured
-// noise, while a burst of 480 samples is still found as deep as 6 dB under
-// white noise of the same bandwidth. A recording that is a steady tone
-// rather than a burst correlates alike at every lag and gives no signal too.
+// meet itself. White noise alone peaks 3 to 5 times that rms high (10 to 14
+// dB, more lags reaching higher), so the margin leaves room for hum and other
+// coloured noise, while a 480-sample burst is still found, some 27 dB clear,
+// when its rms equals the noise's. A steady tone instead of a burst
+// correlates alike at every lag and gives no signal either.
 #include <cstdint>
 #include <string>
 
@@ -27,12 +27,14 @@
 #include "base/Types.h"
 
 struct PolarityVerdict {
-    Bool16 signal = kFalse;      // False: "No signal", the rest is 0
+    Bool16 signal = kFalse;      // False: "No signal", and the next four are 0
     Bool16 inverted = kFalse;
     std::int32_t delaySamples = 0;
     double delayMs = 0;
     double gainDb = 0;
-    double peakToNoiseDb = 0;    // how far the peak stood above the correlation's rms
+    // How far the peak stood above the correlation's rms, also when too
+    // little (0 when nothing was correlated).
+    double peakToNoiseDb = 0;
 };
 
 // The verdict on anRecorded, recorded at lSampleRate (> 0) samples/s while

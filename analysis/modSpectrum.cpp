@@ -21,11 +21,29 @@ constexpr std::int32_t kLobe = 4;
 // bins (a power ratio: 20 dB).
 constexpr double kToneMargin = 100;
 
-double blackmanHarris(std::int32_t i, std::int32_t n)
+// The window of one size with the sums the scales need. The last size's is
+// kept: the window shows the same length again and again.
+struct Window {
+    std::vector<double> weights;
+    double sum = 0;
+    double sumOfSquares = 0;
+};
+
+const Window& blackmanHarris(std::int32_t n)
 {
-    const double t = 2 * std::numbers::pi * i / n;
-    return 0.35875 - 0.48829 * std::cos(t) + 0.14128 * std::cos(2 * t) -
-           0.01168 * std::cos(3 * t);
+    static Window window;
+    if (static_cast<std::int32_t>(window.weights.size()) == n) return window;
+    window = Window{};
+    window.weights.resize(static_cast<std::size_t>(n));
+    for (std::int32_t i = 0; i < n; ++i) {
+        const double t = 2 * std::numbers::pi * i / n;
+        const double w = 0.35875 - 0.48829 * std::cos(t) + 0.14128 * std::cos(2 * t) -
+                         0.01168 * std::cos(3 * t);
+        window.weights[i] = w;
+        window.sum += w;
+        window.sumOfSquares += w * w;
+    }
+    return window;
 }
 
 // 1 for bin 0 and the bin at half the rate, which have no mirror image; 2 for
@@ -41,15 +59,10 @@ Spectrum spectrumOf(const std::vector<std::int16_t>& samples, std::int32_t sampl
     if (n == 0) return spectrum;
     spectrum.binWidth = static_cast<double>(sampleRate) / n;
 
+    const Window& window = blackmanHarris(n);
     std::vector<float> weighted(samples.size());
-    double sumW = 0;
-    double sumW2 = 0;
-    for (std::int32_t i = 0; i < n; ++i) {
-        const double w = blackmanHarris(i, n);
-        sumW += w;
-        sumW2 += w * w;
-        weighted[i] = static_cast<float>(samples[i] / kFullScale * w);
-    }
+    for (std::int32_t i = 0; i < n; ++i)
+        weighted[i] = static_cast<float>(samples[i] / kFullScale * window.weights[i]);
     const std::vector<std::complex<float>> bins = gacFftForward(weighted);
 
     spectrum.power.resize(bins.size());
@@ -57,8 +70,8 @@ Spectrum spectrumOf(const std::vector<std::int16_t>& samples, std::int32_t sampl
     for (std::int32_t k = 0; k < static_cast<std::int32_t>(bins.size()); ++k) {
         const double sides = sidesOf(k, n);
         const double magnitude2 = std::norm(std::complex<double>(bins[k]));
-        spectrum.power[k] = sides * magnitude2 / (n / 2.0 * sumW2);
-        const double amplitude = sides * std::sqrt(magnitude2) / sumW;
+        spectrum.power[k] = sides * magnitude2 / (n / 2.0 * window.sumOfSquares);
+        const double amplitude = sides * std::sqrt(magnitude2) / window.sum;
         spectrum.levelDb[k] = static_cast<float>(gdPowerRatioDb(amplitude * amplitude, 1));
     }
     return spectrum;

@@ -39,9 +39,10 @@
 // - THD = 10 log10(H / F) dB; THD+N = 10 log10(R / F) dB; SINAD =
 //   10 log10((F + R) / R) dB.
 // - A tone is present when F > 0 and the lobe holds at least 100 times (20 dB)
-//   the power the residual puts on average into as many bins: white noise
-//   alone stays some 10 dB short of that however many bins it spans, while a
-//   tone 10 dB under the noise in a 65,536-sample spectrum clears it.
+//   the power the residual puts on average into as many bins. The strongest
+//   lobe of white noise alone stands 3 to 8 dB above that average, from a few
+//   hundred to a million samples, while a tone 10 dB under the noise of a
+//   65,536-sample spectrum stands some 25 dB above it.
 // Every decibel figure lies within -140..+140 dB (a zero power gives -140),
 // so silence or a single sample reads finite numbers, never -inf or NaN;
 // without a tone the frequency is 0 and the figures describe the strongest

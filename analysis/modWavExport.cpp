@@ -90,7 +90,13 @@ std::vector<char> wavImage(const std::vector<std::int16_t>& samples, std::int32_
 
 // ---- the file -------------------------------------------------------------
 
-std::string quoted(const fs::path& path) { return "\"" + path.string() + "\""; }
+std::string quoted(const fs::path& path)
+{
+    std::string text(1, '"');
+    text += path.string();
+    text += '"';
+    return text;
+}
 
 fs::path folderOf(const fs::path& target)
 {
@@ -129,8 +135,11 @@ class TemporaryFile {
 public:
     explicit TemporaryFile(const fs::path& target)
     {
-        const std::string stem = "." + target.filename().string() + ".part-" +
-                                 std::to_string(::getpid()) + "-";
+        std::string stem(1, '.');
+        stem += target.filename().string();
+        stem += ".part-";
+        stem += std::to_string(::getpid());
+        stem += '-';
         for (int attempt = 0; attempt < kTemporaryNameTries && descriptor_ < 0; ++attempt) {
             path_ = folderOf(target) / (stem + std::to_string(attempt));
             // 0666 less the user's umask: the permissions any new file gets.

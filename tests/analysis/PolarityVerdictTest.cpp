@@ -121,6 +121,7 @@ TEST(PolarityVerdict, NoSignalWhenNothingLikeTheBurstCameBack)
         SCOPED_TRACE(c.name);
         const PolarityVerdict v = verdictOn(c.played, c.recorded);
         EXPECT_FALSE(v.signal);
+        EXPECT_LT(v.peakToNoiseDb, 20);
         EXPECT_EQ(gsPolarityText(v), "No signal");
     }
 }

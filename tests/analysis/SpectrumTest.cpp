@@ -180,6 +180,19 @@ std::vector<Case> everyKindOfInput()
     addSine(offset, 44100, 5000, amplitudeOfDbfs(-20));
     cases.push_back({"tone on a DC offset", toSamples(offset), 44100, true});
 
+    std::vector<double> hum(8192, 0.0);  // below the lowest fundamental, beside the DC band
+    addSine(hum, 48000, 1000, amplitudeOfDbfs(-6));
+    addSine(hum, 48000, 4.3 * 48000 / 8192, amplitudeOfDbfs(-20));
+    cases.push_back({"tone over hum", toSamples(hum), 48000, true});
+
+    std::vector<double> topHarmonic(8192, 0.0);  // the second harmonic just above half the rate
+    addSine(topHarmonic, 48000, (8192 / 4 + 1.3) * 48000 / 8192, 1.5 * kFullScale);
+    cases.push_back({"harmonic above half the rate", toSamples(topHarmonic), 48000, true});
+
+    std::vector<double> halfRate(64);
+    for (std::size_t i = 0; i < halfRate.size(); ++i) halfRate[i] = i % 2 ? -16000 : 16000;
+    cases.push_back({"tone at half the rate", toSamples(halfRate), 48000, true});
+
     cases.push_back({"silence", toSamples(std::vector<double>(4096, 0.0)), 44100, false});
     cases.push_back({"one sample", toSamples({1000.0}), 44100, false});
     cases.push_back({"fewer samples than a lobe", toSamples({1000, -500, 300, 0, 2}), 44100, false});
@@ -297,7 +310,7 @@ TEST(SpectrumFigures, SquareWaveReadsItsHarmonicsAndRmsLevel)
     EXPECT_NEAR(f.thdDb, 10 * std::log10(oddHarmonics), 0.02);
 }
 
-TEST(Spectrum, FullScaleSineOnABinPeaksAtZeroDbfsAndSilenceSitsOnTheFloor)
+TEST(Spectrum, PlotsFullScaleAtZeroDbfsAndSilenceOnTheFloor)
 {
     std::vector<double> sine(4800, 0.0);
     addSine(sine, 48000, 1000, kFullScale);
@@ -306,6 +319,10 @@ TEST(Spectrum, FullScaleSineOnABinPeaksAtZeroDbfsAndSilenceSitsOnTheFloor)
     EXPECT_DOUBLE_EQ(tone.binWidth, 10);
     EXPECT_NEAR(*std::max_element(tone.levelDb.begin(), tone.levelDb.end()), 0, 0.01);
     EXPECT_NEAR(tone.levelDb[100], 0, 0.01);
+
+    // Bin 0 has no mirror image: a DC offset of half full scale reads -6 dBFS.
+    const Spectrum offset = analyse(toSamples(std::vector<double>(4800, kFullScale / 2)), 48000).spectrum;
+    EXPECT_NEAR(offset.levelDb[0], -6.02, 0.01);
 
     const Spectrum silence = analyse(toSamples(std::vector<double>(4800, 0.0)), 48000).spectrum;
     for (float level : silence.levelDb) ASSERT_EQ(level, kSpectrumFloorDb);

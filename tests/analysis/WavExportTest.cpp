@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sndfile.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -124,6 +125,19 @@ TEST(WavExport, ReadsBackSampleForSampleAtItsRate)
         // Replaced in place, no temporary file left beside it.
         EXPECT_EQ(namesIn(folder), std::set<std::string>{"signal.wav"});
     }
+    // A new file gets the usual permissions; a replaced one keeps its own.
+    const mode_t mask = ::umask(022);
+    ASSERT_EQ(exportTo(folder / "new.wav", samples, 44100), "");
+    fs::permissions(folder / "signal.wav", fs::perms::owner_read | fs::perms::owner_write |
+                                               fs::perms::group_read);
+    ASSERT_EQ(exportTo(folder / "signal.wav", samples, 44100), "");
+    ::umask(mask);
+    EXPECT_EQ(fs::status(folder / "new.wav").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read |
+                  fs::perms::others_read);
+    EXPECT_EQ(fs::status(folder / "signal.wav").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+
     const rt::SampleArray one(1, 1);
     ASSERT_EQ(exportTo(folder / "one.wav", one, 48000), "");
     EXPECT_EQ(readBack(folder / "one.wav").samples, std::vector<std::int16_t>{0});
