@@ -22,7 +22,7 @@ constexpr std::int32_t kLobe = 4;
 constexpr double kToneMargin = 100;
 
 // The window of one size with the sums the scales need. The last size's is
-// kept: the window shows the same length again and again.
+// kept: the same length is usually analysed again and again.
 struct Window {
     std::vector<double> weights;
     double sum = 0;
