@@ -154,39 +154,40 @@ struct Case {
 std::vector<Case> everyKindOfInput()
 {
     std::vector<Case> cases;
-    cases.push_back({"third harmonic between bins", toSamples(sineWithThird(8192, 48000, 1000)),
+    cases.push_back({"third harmonic between bins", toSamples(sineWithThird(4096, 48000, 1000)),
                      48000, true});
     cases.push_back({"third harmonic on a bin", toSamples(sineWithThird(4410, 44100, 1000)), 44100,
                      true});
 
-    std::vector<double> noisy(8192, 0.0);
+    std::vector<double> noisy(4096, 0.0);
     addSine(noisy, 48000, 997, amplitudeOfDbfs(-6));
     addNoise(noisy, amplitudeOfDbfs(-6) / std::numbers::sqrt2 / 100, 7);
     cases.push_back({"tone in noise", toSamples(noisy), 48000, true});
 
-    std::vector<double> noise(8192, 0.0);
+    std::vector<double> noise(4096, 0.0);
     addNoise(noise, 0.1 * kFullScale, 11);
     cases.push_back({"white noise", toSamples(noise), 48000, false});
 
-    std::vector<double> clipped(8192, 0.0);
+    std::vector<double> clipped(4096, 0.0);
     addSine(clipped, 48000, 440, 4 * kFullScale);
     cases.push_back({"clipped square", toSamples(clipped), 48000, true});
 
-    std::vector<double> low(8192, 0.0);
-    addSine(low, 48000, 55, 2 * kFullScale);  // harmonic lobes side by side
+    std::vector<double> low(4096, 0.0);
+    addSine(low, 48000, 110, 2 * kFullScale);  // harmonic lobes side by side
     cases.push_back({"low clipped tone", toSamples(low), 48000, true});
 
     std::vector<double> offset(4096, 5000.0);
     addSine(offset, 44100, 5000, amplitudeOfDbfs(-20));
     cases.push_back({"tone on a DC offset", toSamples(offset), 44100, true});
 
-    std::vector<double> hum(8192, 0.0);  // below the lowest fundamental, beside the DC band
+    // Hum louder than the tone, but too low to be taken for the fundamental.
+    std::vector<double> hum(4096, 0.0);
     addSine(hum, 48000, 1000, amplitudeOfDbfs(-6));
-    addSine(hum, 48000, 4.3 * 48000 / 8192, amplitudeOfDbfs(-20));
+    addSine(hum, 48000, 4.6 * 48000 / 4096, amplitudeOfDbfs(-3));
     cases.push_back({"tone over hum", toSamples(hum), 48000, true});
 
-    std::vector<double> topHarmonic(8192, 0.0);  // the second harmonic just above half the rate
-    addSine(topHarmonic, 48000, (8192 / 4 + 1.3) * 48000 / 8192, 1.5 * kFullScale);
+    std::vector<double> topHarmonic(4096, 0.0);  // the second harmonic just above half the rate
+    addSine(topHarmonic, 48000, (4096 / 4 + 1.3) * 48000 / 4096, 1.5 * kFullScale);
     cases.push_back({"harmonic above half the rate", toSamples(topHarmonic), 48000, true});
 
     std::vector<double> halfRate(64);
