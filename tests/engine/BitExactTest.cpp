@@ -221,5 +221,77 @@ TEST_F(WholeBuffers, SweepsCarryTheirPhaseIdenticallyThroughEveryStep)
     expectSameBothWays();
 }
 
+// FNV-1a over the samples of each buffer in turn, lengths included.
+class Fingerprint {
+public:
+    void add(const std::vector<std::int16_t>& samples)
+    {
+        mix(samples.size());
+        for (const std::int16_t s : samples) mix(static_cast<std::uint16_t>(s));
+    }
+    std::uint64_t value() const { return hash_; }
+
+private:
+    void mix(std::uint64_t word)
+    {
+        for (int byte = 0; byte < 8; ++byte, word >>= 8) {
+            hash_ ^= word & 0xFF;
+            hash_ *= 0x100000001B3ull;
+        }
+    }
+    std::uint64_t hash_ = 0xCBF29CE484222325ull;
+};
+
+// The buffers of every shape, rate and mode as they have always been made:
+// a change to the float arithmetic of the phase accumulator or a shape shows
+// here even when the vectorised and plain forms change alike.
+TEST_F(WholeBuffers, BuffersKeepTheirFingerprints)
+{
+    struct Case {
+        std::int32_t rate;
+        float maximum;
+        const char* shape;
+        std::int16_t percent;
+        Bool16 invert;
+        std::uint64_t fingerprint;
+    };
+    const Case cases[] = {
+        {44100, 20000, "Sine", 0, kFalse, 0x7578B44F88BBB979ull},
+        {44100, 20000, "Sine", 0, kTrue, 0x432C46397DE47A50ull},
+        {44100, 20000, "Triangle", 37, kFalse, 0xD94BEE20E74CCB61ull},
+        {44100, 20000, "Triangle", 100, kTrue, 0x1013818DC5CFB63Cull},
+        {44100, 20000, "MarkSpace", 37, kFalse, 0x45AF82E054E2482Aull},
+        {44100, 20000, "Triangle", 0, kFalse, 0x310B979763B57DE9ull},
+        {48000, 22000, "Sine", 0, kFalse, 0x0601FF4E74611B9Aull},
+        {48000, 22000, "Triangle", 50, kFalse, 0x3B370BB785BB67AAull},
+        {48000, 22000, "MarkSpace", 50, kTrue, 0x3DC02660165F8F1Eull},
+        {96000, 40000, "Sine", 0, kFalse, 0xED4361D5625229B9ull},
+        {96000, 40000, "Triangle", 13, kFalse, 0xF68CD327248BF9EEull},
+        {96000, 40000, "Triangle", 0, kTrue, 0xAB5FDD2691AAA1D1ull},
+        {96000, 40000, "MarkSpace", 91, kFalse, 0x0466CDA1C6120846ull},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.rate << " " << c.shape << " " << c.percent << " "
+                                        << c.invert);
+        useDevice(c.rate, c.maximum);
+        gWaveOutSetShape(c.shape);
+        gWaveOutSetPercent(c.percent);
+        gWaveOutSetInvert(c.invert);
+        Fingerprint fingerprint;
+        for (const float f : {10.0f, 20.0f, 99.9f, 440.0f, 997.0f, 1000.0f, 1234.5f, 6000.0f,
+                              15432.1f, 19999.9f}) {
+            settings(f);
+            fingerprint.add(make());
+        }
+        settings(1000, 0, 0, false, false, 0, 10, 100);
+        fingerprint.add(make());
+        settings(20, 20000, 5, true, true, 600);
+        fingerprint.add(make());
+        settings(50, 15000, 3, false, false, 100);
+        fingerprint.add(make());
+        EXPECT_EQ(fingerprint.value(), c.fingerprint);
+    }
+}
+
 }  // namespace
 }  // namespace engine_test
