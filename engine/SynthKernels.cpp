@@ -98,7 +98,9 @@ std::int16_t triangleSample(float phase, const ShapeParams& p)
 {
     float value;
     if (phase <= p.half)
-        value = divide(phase * p.ampF, p.half);
+        // Without a rise (a sawtooth) this is phase 0, which lies on the
+        // jump itself: its sample is the jump's middle.
+        value = p.half == 0 ? 0.0f : divide(phase * p.ampF, p.half);
     else if (phase <= p.riseEnd)
         value = divide((kPi - phase) * p.ampF, p.fall);
     else
@@ -208,7 +210,8 @@ struct TriangleGroup {
         const F8 operand = rising ? phase : later;
         const F8 halves = F8{} + half;
         const F8 denominator = rising ? halves : (falling ? F8{} + fall : halves);
-        const F8 q = (operand * ampF) / denominator;
+        F8 q = (operand * ampF) / denominator;
+        if (half == 0) q = rising ? F8{} : q;  // a sawtooth's jump, as in the exact form
         lowest = q >= lowest ? lowest : q;
         highest = q <= highest ? highest : q;
         probe = probe + (q - q);
