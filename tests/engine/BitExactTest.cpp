@@ -218,6 +218,26 @@ TEST_F(WholeBuffers, SweepsCarryTheirPhaseIdenticallyThroughEveryStep)
     expectSameBothWays();
 }
 
+TEST_F(WholeBuffers, PreciseLoopsOfEveryShapeAndBothAmplitudes)
+{
+    gWaveOutSetPreciseLoop(kTrue);
+    for (const char* shape : {"Sine", "Triangle", "MarkSpace"}) {
+        for (const std::int16_t percent : {0, 37}) {
+            for (const Bool16 invert : {kFalse, kTrue}) {
+                SCOPED_TRACE(testing::Message() << shape << " " << percent << " " << invert);
+                gWaveOutSetShape(shape);
+                gWaveOutSetPercent(percent);
+                gWaveOutSetInvert(invert);
+                // 24.971718 Hz has one of the longest loops: 821,189 samples.
+                for (const float f : {10.0f, 24.971718f, 997.0f, 12345.6f, 20000.0f}) {
+                    settings(f);
+                    expectSameBothWays();
+                }
+            }
+        }
+    }
+}
+
 // FNV-1a over the samples of each buffer in turn, lengths included.
 class Fingerprint {
 public:
