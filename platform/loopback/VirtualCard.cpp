@@ -95,8 +95,6 @@ public:
     Card() { resetLocked(); }
 
     // ---- back end
-    std::string name() const override { return "loopback"; }
-
     UINT outputCount() override
     {
         std::lock_guard lock(mutex_);
