@@ -34,7 +34,7 @@
 #include "engine/modWaveInOut.h"
 #include "platform/HostServices.h"
 #include "platform/WaveApi.h"
-#include "platform/loopback/VirtualCard.h"
+#include "platform/loopback/VirtualCardTesting.h"
 #include "tests/support/PassWalk.h"
 
 extern char** environ;

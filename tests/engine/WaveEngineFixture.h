@@ -13,7 +13,7 @@
 #include "base/Trap.h"
 #include "base/Types.h"
 #include "engine/modWaveInOut.h"
-#include "platform/loopback/VirtualCard.h"
+#include "platform/loopback/VirtualCardTesting.h"
 #include "services/modErrorHandler.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/VirtualCardSession.h"
