@@ -66,7 +66,6 @@ std::optional<std::string> ScriptedHost::localeInfo(host::LocaleItem item)
 std::unique_ptr<host::SettingsBatch> ScriptedHost::openSettings(const std::string& appKey,
                                                               const std::string& section)
 {
-    ++settingsBatches;
     return settings_.open(appKey, section);
 }
 

@@ -4,9 +4,10 @@
 // Ignore box, the default button for any other), beeps are counted, the
 // locale and the kernel are set by the test, and the program and the
 // settings live in temporary folders (the settings in the real store, so
-// batches behave as the program's do). The clock is real by default; in simulated time the tick count
-// stands still until something sleeps, and each sleep advances it by exactly
-// that long and tells the listeners (the virtual sound card follows it).
+// batches behave as the program's do). The clock is real by default; in
+// simulated time the tick count stands still until something sleeps, and
+// each sleep advances it by exactly that long and tells the listeners (the
+// virtual sound card follows it).
 // Installed for the life of the object.
 #include <cstdint>
 #include <deque>
@@ -48,8 +49,6 @@ public:
     // "The program": in a temporary folder of its own, so the error log goes
     // there.
     std::string programFile;
-    // Settings batches opened, the one-value calls' included.
-    int settingsBatches = 0;
 
     void useSimulatedTime(std::uint32_t startTick = 1000);
     bool simulatedTime() const { return simulated_; }
