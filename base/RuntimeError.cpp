@@ -17,6 +17,8 @@ std::string standardDescription(std::int32_t number)
     case kErrDiskFull: return "Disk full";
     case kErrPathFileAccess: return "Path/File access error";
     case kErrPathNotFound: return "Path not found";
+    case kErrObjectNotSet: return "Object variable or With block variable not set";
+    case kErrInvalidPropertyValue: return "Invalid property value";
     default: return {};
     }
 }

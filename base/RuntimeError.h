@@ -22,6 +22,8 @@ enum ErrorNumber : std::int32_t {
     kErrDiskFull = 61,
     kErrPathFileAccess = 75,
     kErrPathNotFound = 76,
+    kErrObjectNotSet = 91,
+    kErrInvalidPropertyValue = 380,
 };
 
 // The standard description of an error number ("Overflow" for 6); empty for

@@ -52,23 +52,13 @@ void captureError(std::exception_ptr failure, std::int32_t line)
 
 void setErrorReporter(ErrorReporter reporter) { gReporter = reporter ? reporter : &abortEverything; }
 
-
-Trap::Trap(std::string_view module, std::string_view procedure, ErrorFlag& errorFlag)
-    : module_(module), procedure_(procedure), errorFlag_(&errorFlag)
-{
-}
-
-Trap::Trap(std::string_view module, std::string_view procedure)
-    : module_(module), procedure_(procedure)
-{
-}
-
 Trap::Answer Trap::handle(std::exception_ptr failure, std::uint_least32_t line)
 {
     captureError(failure, static_cast<std::int32_t>(line));
     std::int16_t answer = 0;
     try {
-        answer = gReporter(module_, procedure_, static_cast<std::int32_t>(line));
+        answer = gReporter(std::string(module_), std::string(procedure_),
+                           static_cast<std::int32_t>(line));
     } catch (...) {
         // The reporter itself failed (say the log could not be written). That
         // failure lands here, in this procedure's own trap: it becomes the

@@ -14,6 +14,10 @@
 // on with the next step, Abort sets the error flag (when the procedure has
 // one) and skips every later step; any other answer skips them without the
 // flag. Exceptions never leave a step.
+//
+// A trap costs two names and a flag pointer to make: procedures that run
+// thousands of times in a make trap like every other. The names are not
+// copied, so they must outlive the trap (every caller passes literals).
 #include <cstdint>
 #include <exception>
 #include <source_location>
@@ -49,9 +53,15 @@ void setErrorReporter(ErrorReporter reporter);
 
 class Trap {
 public:
-    Trap(std::string_view module, std::string_view procedure, ErrorFlag& errorFlag);
+    Trap(std::string_view module, std::string_view procedure, ErrorFlag& errorFlag)
+        : module_(module), procedure_(procedure), errorFlag_(&errorFlag)
+    {
+    }
     // For procedures without an error flag.
-    Trap(std::string_view module, std::string_view procedure);
+    Trap(std::string_view module, std::string_view procedure)
+        : module_(module), procedure_(procedure)
+    {
+    }
 
     Trap(const Trap&) = delete;
     Trap& operator=(const Trap&) = delete;
@@ -79,15 +89,15 @@ public:
     // Makes the remaining steps do nothing, as a normal early return would.
     void leave() { leaving_ = true; }
 
-    const std::string& module() const { return module_; }
-    const std::string& procedure() const { return procedure_; }
+    std::string_view module() const { return module_; }
+    std::string_view procedure() const { return procedure_; }
 
 private:
     enum class Answer { Retry, Ignore, Leave };
     Answer handle(std::exception_ptr failure, std::uint_least32_t line);
 
-    std::string module_;
-    std::string procedure_;
+    std::string_view module_;
+    std::string_view procedure_;
     ErrorFlag* errorFlag_ = nullptr;
     bool leaving_ = false;
 };

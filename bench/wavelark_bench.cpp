@@ -20,6 +20,7 @@
 
 #include "base/Array.h"
 #include "engine/modWaveInOut.h"
+#include "engine/modWaveInOutTesting.h"
 
 namespace {
 

@@ -3,15 +3,13 @@
 #include "base/Convert.h"
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
+#include "platform/Colours.h"
 #include "platform/PlotSurface.h"
 
 namespace {
 
 constexpr const char* kModule = "modTimeResponseShow";
 
-// System colours: button face (background) and button text.
-constexpr std::int32_t kButtonFace = static_cast<std::int32_t>(0x8000000F);
-constexpr std::int32_t kButtonText = static_cast<std::int32_t>(0x80000012);
 constexpr std::int16_t kDrawSolid = 0;
 
 ui::PlotSurface* mSurface = nullptr;
@@ -23,7 +21,7 @@ std::int16_t mnHalfHeight = 0;
 
 ui::PlotSurface& surface()
 {
-    if (mSurface == nullptr) rt::raise(91, "Object variable or With block variable not set");
+    if (mSurface == nullptr) rt::raise(rt::kErrObjectNotSet);
     return *mSurface;
 }
 
@@ -81,7 +79,10 @@ void gTimeResponseShowClsDrawAxis(ErrorFlag& bError)
         if (!isPrinter(plot)) {
             plot.cls();
             const std::int32_t back = plot.backColor();
-            plot.setForeColor(back == kButtonFace ? kButtonText : (back & 0xFFFFFF) ^ 0xFFFFFF);
+            // On the button face the axes take the button text; on any other
+            // background its complement.
+            plot.setForeColor(back == ui::kColourButtonFace ? ui::kColourButtonText
+                                                            : (back & 0xFFFFFF) ^ 0xFFFFFF);
         }
         plot.setDrawStyle(kDrawSolid);
         const std::int16_t right = rt::toInt16(static_cast<double>(mnLeft) + mnWidth);

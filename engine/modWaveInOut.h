@@ -5,7 +5,6 @@
 // without a click, a stepped sweep written at a reduced rate, a burst of
 // cycles followed by silence, or noise.
 #include <cstdint>
-#include <span>
 #include <string>
 
 #include "base/Array.h"
@@ -168,75 +167,3 @@ void gWaveInClose(ErrorFlag& bError);
 Bool16 gbWaveOutThere(ErrorFlag& bError);
 // The same for input ("Wave Input device not found").
 Bool16 gbWaveInThere(ErrorFlag& bError);
-
-// ---- Exposed for tests -------------------------------------------------------
-// Private procedures of the engine, declared here so that tests can call them,
-// and access to the module's state for the tests and the benchmark.
-
-// A mono PCM format of lSampleRate and nBits into tFormat.
-void mWaveIOSetFormatEx(std::int32_t lSampleRate, std::int16_t nBits, mm::WAVEFORMATEX& tFormat,
-                        ErrorFlag& bError);
-// Writes indices lPtrStart..lPtrEnd of the engine's buffer with the current
-// shape at fFrequency; fPhase carries the phase in and out, and the first
-// sample is one step past the phase handed in. Writing stops at the end of
-// the buffer's dimension.
-void mWaveOutMakeOneFrequency(float fFrequency, std::int32_t lSampleRate, std::int32_t lPtrStart,
-                              std::int32_t lPtrEnd, float& fPhase, ErrorFlag& bError);
-// The length of a buffer of whole cycles whose end lies within fTolerance
-// radian of a sample, searched over up to 32,767 cycles (more overflows).
-std::int32_t mlPtrEndInTolerance(std::int32_t lSampleRate, float fFrequency, float fTolerance,
-                                 ErrorFlag& bError);
-// The index at which a segment starting at lPtrStart with phase fPhase
-// completes its next whole cycle after lPtrEnd.
-std::int32_t mlPtrEndNearest(float fFrequency, std::int32_t lSampleRate, std::int32_t lPtrStart,
-                             std::int32_t lPtrEnd, float fPhase, ErrorFlag& bError);
-// One pass of the sweep's steps, up or down, from lPtrStart; returns the last
-// index written (lPtrStart - 1 when there is no step).
-std::int32_t mlWaveOutMakeOneSweep(Bool16 bUp, std::int32_t lSampleRate, float fStep,
-                                   float fSamplesPerStep, std::int32_t lPtrStart, float& fPhase,
-                                   ErrorFlag& bError);
-// Whether output header nHdr is done, polled within a budget: a header of
-// 2,100,000 bytes or more (a fresh one) is never waited for; otherwise at
-// most (length / (bytes per sample x 2 x rate) + 1) x loops seconds, a
-// header looping for ever counting 5 loops.
-Bool16 mbWaveOutDoneHdrPtr(std::int16_t nHdr, ErrorFlag& bError);
-// The platform's texts for an output or input error code; empty, with the
-// error flag set, for a code it does not know.
-std::string msWaveOutGetErrorText(mm::MMRESULT lError, ErrorFlag& bError);
-std::string msWaveInGetErrorText(mm::MMRESULT lError, ErrorFlag& bError);
-
-// The settable part of the generator state.
-struct WaveOutGenerator {
-    std::string shape;
-    std::int32_t percent = 0;
-    std::int16_t invert = 0;
-    float frequency1 = 0;
-    float frequency2 = 0;
-    float duration = 0;
-    Bool16 logarithmic = kFalse;
-    Bool16 bidirectional = kFalse;
-    std::int16_t sweepSteps = 0;
-    float burstCycles = 0;
-    std::int16_t burstPeriod = 0;
-};
-WaveOutGenerator gWaveOutGeneratorForTests();
-// The engine's buffer as it stands (element 0 is sample 1).
-std::span<const std::int16_t> gWaveOutBufferForTests();
-const mm::WAVEFORMATEX& gWaveOutFormatForTests();
-// The playback and capture side of the state.
-struct WaveIOState {
-    std::int32_t waveOutHandle = 0;
-    std::int32_t waveInHandle = 0;
-    std::int32_t waveOutDeviceId = 0;
-    std::int32_t waveInDeviceId = 0;
-    std::int16_t currentHdr = 0;
-};
-WaveIOState gWaveIOStateForTests();
-// Output header nHdr (1 or 2) as it stands.
-const mm::WAVEHDR& gWaveOutHdrForTests(std::int16_t nHdr);
-// Closes what is open, then puts the generator state, the device records and
-// the buffer back to their state at program start.
-void gWaveOutResetForTests();
-// True makes every sample come from the plain per-sample formulas instead of
-// the vectorised blocks (which must give the same bits).
-void gWaveOutUseExactSamplesForTests(Bool16 bExact);

@@ -3,12 +3,12 @@
 #include "base/Trap.h"
 #include "engine/modTimeResponseShow.h"
 #include "engine/modWaveInOut.h"
+#include "platform/Colours.h"
 
 namespace {
 
 constexpr const char* kModule = "modWavePolarity";
 constexpr float kFullScale = 32767;
-constexpr std::int32_t kYellow = 65535;  // blue-green-red
 
 }  // namespace
 
@@ -37,5 +37,5 @@ void gWavePolarity(float fFrequency, float fBurstCycles, std::int32_t lBurstPeri
         gWaveOutChange("Open", 1, kTrue, kTrue, anSamples, anRecord, bError);
         stopOnError();
     });
-    trap.step([&] { gTimeResponseShow(anRecord, kTrue, kFullScale, kYellow, bError); });
+    trap.step([&] { gTimeResponseShow(anRecord, kTrue, kFullScale, ui::kColourYellow, bError); });
 }

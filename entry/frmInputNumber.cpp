@@ -16,16 +16,16 @@
 #include "entry/modKeyPressAscii.h"
 #include "entry/modMouseDown.h"
 #include "entry/modUpDownSet.h"
+#include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
+#include "controls/UpDown.h"
 #include "platform/Forms.h"
+#include "platform/KeyCodes.h"
 #include "services/modGeneral.h"
-#include "window/SimpleControls.h"
-#include "window/TextBox.h"
-#include "window/UpDown.h"
 
 namespace {
 
 constexpr const char* kModule = "frmInputNumber";
-constexpr std::int16_t kEnter = 13;
 
 }  // namespace
 
@@ -90,7 +90,8 @@ frmInputNumber::~frmInputNumber() { ui::removeOpenForm(this); }
 
 std::vector<ui::Control*> frmInputNumber::controls() const
 {
-    return {lblPrompt, txtNumber, updNumber, cmdOK, cmdCancel};
+    return {&lblPrompt->control(), &txtNumber->control(), &updNumber->control(),
+            &cmdOK->control(), &cmdCancel->control()};
 }
 
 void frmInputNumber::Load(const InputNumber& request, ErrorFlag& bError)
@@ -104,20 +105,21 @@ void frmInputNumber::Load(const InputNumber& request, ErrorFlag& bError)
         setWindowTitle(QString::fromStdString(request.isHeader));
     });
     trap.step([&] {
-        lblPrompt->setText(request.isPrompt);
+        lblPrompt->setText(QString::fromStdString(request.isPrompt));
         lblPrompt->setVisible(!request.isPrompt.empty());
         cmdCancel->setVisible(request.ibAllowCancel);
-        txtNumber->setText(rt::userText(request.ifValue));
+        txtNumber->control().setText(rt::userText(request.ifValue));
     });
     trap.step([&] {
         updNumber->setVisible(request.ibInteger);
-        if (!request.ibInteger || !gbCtrlTextValidNumber(txtNumber->text(), bError)) return;
+        if (!request.ibInteger || !gbCtrlTextValidNumber(txtNumber->control().text(), bError))
+            return;
         gUpDownSet(rt::toInt32(request.ifValue), rt::toInt32(request.ifMax),
-                   rt::toInt32(request.ifMin), 1, *updNumber, bError);
+                   rt::toInt32(request.ifMin), 1, updNumber->control(), bError);
     });
     trap.step([&] {
         txtNumber->selectAll();
-        txtNumber->setFocus();
+        txtNumber->control().setFocus();
     });
 }
 
@@ -129,15 +131,16 @@ void frmInputNumber::txtNumber_KeyPress(std::int16_t& KeyAscii)
     rt::Trap trap(kModule, "txtNumber_KeyPress", bError);
     trap.step([&] {
         KeyAscii = mbInteger ? gnKeyPressAsciiInteger(KeyAscii, bError)
-                             : gnKeyPressAsciiReal(KeyAscii, txtNumber->text(), bError);
+                             : gnKeyPressAsciiReal(KeyAscii, txtNumber->control().text(), bError);
     });
     trap.step([&] {
-        if (KeyAscii != kEnter) return;
+        if (KeyAscii != ui::kAsciiEnter) return;
         KeyAscii = 0;
         const Bool16 inError = gbCtrlTxtError(mfMax, mfMin, mfResolution, kFalse, "",
-                                              windowTitle().toStdString(), *txtNumber, bError);
+                                              windowTitle().toStdString(), txtNumber->control(),
+                                              bError);
         if (inError || bError) return;
-        gbGSetFocus(*cmdOK);
+        gbGSetFocus(cmdOK->control());
         cmdOK_Click();
     });
 }
@@ -147,11 +150,11 @@ void frmInputNumber::txtNumber_KeyDown(std::int16_t& KeyCode, std::int16_t Shift
     ErrorFlag bError = kFalse;
     rt::Trap trap(kModule, "txtNumber_KeyDown", bError);
     trap.step([&] {
-        const std::string text = txtNumber->text();
+        const std::string text = txtNumber->control().text();
         const std::string stepped = gsKeyDown(KeyCode, Shift, text, mfMax, mfMin, mfResolution, bError);
         // Writing the same text back would move the caret (plain Home and End
         // must still move it).
-        if (!bError && stepped != text) txtNumber->setText(stepped);
+        if (!bError && stepped != text) txtNumber->control().setText(stepped);
     });
 }
 
@@ -163,13 +166,13 @@ void frmInputNumber::txtNumber_Validate(bool& Cancel)
     rt::Trap trap(kModule, "txtNumber_Validate", bError);
     trap.step([&] {
         Cancel = gbCtrlTxtError(mfMax, mfMin, mfResolution, kFalse, "", windowTitle().toStdString(),
-                                *txtNumber, bError) != kFalse;
+                                txtNumber->control(), bError) != kFalse;
     });
 }
 
 void frmInputNumber::mSpinFromText(ErrorFlag& bError)
 {
-    const std::string text = txtNumber->text();
+    const std::string text = txtNumber->control().text();
     if (!gbCtrlTextValidNumber(text, bError)) return;
     const double typed = rt::roundHalfEven(rt::toSingleUser(text));
     if (typed < updNumber->min() || typed > updNumber->max()) return;
@@ -188,7 +191,7 @@ void frmInputNumber::updNumber_MouseDown(std::int16_t Button, std::int16_t)
     trap.step([&] { mSpinFromText(bError); });
     trap.step([&] {
         mbSpinHeld = true;
-        gMouseDownInit(Button, *updNumber, bError);
+        gMouseDownInit(Button, updNumber->control(), bError);
     });
 }
 
@@ -199,7 +202,7 @@ void frmInputNumber::updNumber_Change()
     if (!mbSpinHeld) return;
     ErrorFlag bError = kFalse;
     rt::Trap trap(kModule, "updNumber_Change", bError);
-    trap.step([&] { gMouseDown(gSteppingState().lastButton, *updNumber, bError); });
+    trap.step([&] { gMouseDown(gSteppingState().lastButton, updNumber->control(), bError); });
 }
 
 void frmInputNumber::updNumber_MouseUp(std::int16_t, std::int16_t)
@@ -213,7 +216,7 @@ void frmInputNumber::cmdOK_Click()
     ErrorFlag bError = kFalse;
     rt::Trap trap(kModule, "cmdOK_Click", bError);
     trap.step([&] {
-        mfValue = rt::toSingleUser(txtNumber->text());
+        mfValue = rt::toSingleUser(txtNumber->control().text());
         mbAccepted = true;
         accept();
     });

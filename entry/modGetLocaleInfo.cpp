@@ -13,19 +13,15 @@ constexpr const char* kAppKey = "Marlo";
 constexpr const char* kSection = "Wavelark";
 constexpr const char* kRegionKey = "UserRegion";
 
-constexpr std::int32_t kLocaleCountryCode = 5;
-constexpr std::int32_t kLocaleDecimalSeparator = 14;
-
 // One item of the user's locale. A failing read shows its own message and
 // gives an empty text without setting the error flag: callers go on with an
 // empty decimal character or region code.
-std::string msGetLocaleInfoUser(std::int32_t LCType, ErrorFlag& bError)
+std::string msGetLocaleInfoUser(host::LocaleItem LCType, ErrorFlag& bError)
 {
     std::string result;
     rt::Trap trap(kModule, "msGetLocaleInfoUser", bError);
     trap.step([&] {
-        const auto item = static_cast<host::LocaleItem>(LCType);
-        const std::optional<std::string> value = host::current().localeInfo(item);
+        const std::optional<std::string> value = host::current().localeInfo(LCType);
         if (!value) {
             host::msgBox("Error occurred with GetLocaleInfo", host::kExclamation,
                          std::string(kModule) + ".msGetLocaleInfoUser");
@@ -39,14 +35,14 @@ std::string msGetLocaleInfoUser(std::int32_t LCType, ErrorFlag& bError)
 
 std::string msGetLocaleInfoUserRegionCode(ErrorFlag& bError)
 {
-    return msGetLocaleInfoUser(kLocaleCountryCode, bError);
+    return msGetLocaleInfoUser(host::LocaleItem::RegionCode, bError);
 }
 
 }  // namespace
 
 std::string gsGetLocaleInfoUserDecimalChar(ErrorFlag& bError)
 {
-    return msGetLocaleInfoUser(kLocaleDecimalSeparator, bError);
+    return msGetLocaleInfoUser(host::LocaleItem::DecimalSeparator, bError);
 }
 
 Bool16 gbGetLocaleInfoUserRegionChanged(ErrorFlag& bError)

@@ -6,6 +6,7 @@
 #include "entry/modFormatNumber.h"
 #include "entry/modKeyMouseIncrement.h"
 #include "platform/HostServices.h"
+#include "platform/KeyCodes.h"
 
 std::string gsKeyDown(std::int16_t KeyCode, std::int16_t Shift, const std::string& Text,
                       float Max, float Min, float Resolution, ErrorFlag& bError)
@@ -13,13 +14,13 @@ std::string gsKeyDown(std::int16_t KeyCode, std::int16_t Shift, const std::strin
     std::string result = Text;
     rt::Trap trap("modKeyDown", "gsKeyDown", bError);
     trap.step([&] {
-        const bool page = KeyCode == kKeyPageUp || KeyCode == kKeyPageDown;
-        const bool up = KeyCode == kKeyUp || KeyCode == kKeyPageUp;
-        const bool down = KeyCode == kKeyDown || KeyCode == kKeyPageDown;
-        const bool shift = (Shift & kShiftMask) != 0;
-        const bool ctrl = (Shift & kCtrlMask) != 0;
-        const bool home = KeyCode == kKeyHome && (shift || ctrl);
-        const bool end = KeyCode == kKeyEnd && (shift || ctrl);
+        const bool page = KeyCode == ui::kKeyPageUp || KeyCode == ui::kKeyPageDown;
+        const bool up = KeyCode == ui::kKeyUp || KeyCode == ui::kKeyPageUp;
+        const bool down = KeyCode == ui::kKeyDown || KeyCode == ui::kKeyPageDown;
+        const bool shift = (Shift & ui::kShiftMask) != 0;
+        const bool ctrl = (Shift & ui::kCtrlMask) != 0;
+        const bool home = KeyCode == ui::kKeyHome && (shift || ctrl);
+        const bool end = KeyCode == ui::kKeyEnd && (shift || ctrl);
         if (!up && !down && !home && !end) return;
 
         if (!gbCtrlTextValidNumber(Text, bError)) {

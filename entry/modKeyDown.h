@@ -7,16 +7,6 @@
 
 #include "base/Types.h"
 
-// Key codes and shift bits of the key-down events.
-inline constexpr std::int16_t kKeyPageUp = 33;
-inline constexpr std::int16_t kKeyPageDown = 34;
-inline constexpr std::int16_t kKeyEnd = 35;
-inline constexpr std::int16_t kKeyHome = 36;
-inline constexpr std::int16_t kKeyUp = 38;
-inline constexpr std::int16_t kKeyDown = 40;
-inline constexpr std::int16_t kShiftMask = 1;
-inline constexpr std::int16_t kCtrlMask = 2;
-
 // The box's new text after the key: the stepped value kept within Min..Max
 // in the field's format, or Text itself for any other key (plain Home and
 // End included). A step against the limit already reached beeps. A text

@@ -5,6 +5,7 @@
 #include "entry/modKeyMouseIncrement.h"
 #include "platform/Control.h"
 #include "platform/HostServices.h"
+#include "platform/KeyCodes.h"
 
 void gMouseDownInit(std::int16_t Button, ui::UpDownControl& UpDown, ErrorFlag& bError)
 {
@@ -21,7 +22,7 @@ void gMouseDown(std::int16_t Button, ui::UpDownControl& UpDown, ErrorFlag& bErro
 {
     rt::Trap trap("modMouseDown", "gMouseDown", bError);
     trap.step([&] {
-        if (Button != kLeftButton) return;
+        if (Button != ui::kLeftButton) return;
         SteppingState& state = gSteppingState();
         if (UpDown.value() == state.lastValue) {
             host::beep();

@@ -10,8 +10,6 @@ namespace ui {
 class UpDownControl;
 }
 
-inline constexpr std::int16_t kLeftButton = 1;
-
 // The spin control's mouse-down: remembers the button and the value, and
 // starts the press at an Increment of 1.
 void gMouseDownInit(std::int16_t Button, ui::UpDownControl& UpDown, ErrorFlag& bError);

@@ -228,9 +228,9 @@ std::string boundsText(const MIXERCONTROLA& control)
 std::int16_t mnSlotFor(DWORD nControlType, const std::string& sTag)
 {
     const bool volume = nControlType == MIXERCONTROL_CONTROLTYPE_VOLUME;
-    if (sTag == kTagOutMaster) return volume ? 1 : 2;
-    if (sTag == kTagOutWave) return volume ? 3 : 4;
-    if (sTag == kTagInMic && volume) return 5;
+    if (sTag == kTagOutMaster) return volume ? kSlotMasterVolume : kSlotMasterMute;
+    if (sTag == kTagOutWave) return volume ? kSlotWaveVolume : kSlotWaveMute;
+    if (sTag == kTagInMic && volume) return kSlotMicVolume;
     return 0;
 }
 
@@ -265,7 +265,7 @@ std::int32_t mlGetValue(HMIXER hMixer, std::int32_t nControlId, std::int16_t nSl
     std::int32_t* cell = local;
     MIXERCONTROLDETAILS request;
     trap.step([&] {
-        if (nSlot != 0) cell = &gaMixerValue.at(nSlot - 1)[1];
+        if (nSlot != 0) cell = &gaMixerValue.at(slotEntry(nSlot))[1];
         request.cbStruct = sizeof(MIXERCONTROLDETAILS);
         request.dwControlID = static_cast<DWORD>(nControlId);
         request.cChannels = 1;
@@ -282,8 +282,8 @@ std::int32_t mlGetValue(HMIXER hMixer, std::int32_t nControlId, std::int16_t nSl
     });
     trap.step([&] {
         if (nSlot != 0) {
-            gaMixerControlDetails.at(nSlot - 1) = request;
-            gaMixerRestore.at(nSlot - 1) = *cell;
+            gaMixerControlDetails.at(slotEntry(nSlot)) = request;
+            gaMixerRestore.at(slotEntry(nSlot)) = *cell;
         }
         value = *cell;
     });
@@ -449,8 +449,8 @@ void mMixerSetControl(std::int16_t nSlot, std::int32_t nValue, ErrorFlag& bError
     trap.step([&] {
         if (~static_cast<std::int32_t>(result) != 0) {
             if (nValue == -1) nValue = 1;
-            gaMixerValue.at(nSlot - 1)[1] = nValue;
-            result = mixerSetControlDetails(handle, &gaMixerControlDetails.at(nSlot - 1),
+            gaMixerValue.at(slotEntry(nSlot))[1] = nValue;
+            result = mixerSetControlDetails(handle, &gaMixerControlDetails.at(slotEntry(nSlot)),
                                             MIXER_SETCONTROLDETAILSF_VALUE);
         }
     });
@@ -525,39 +525,40 @@ Bool16 gbMixerThereInit(std::string& sReport, ErrorFlag& bError)
 void gMixerOutMasterSetLevel(std::int32_t lLevel, ErrorFlag& bError)
 {
     rt::Trap trap(kModule, "gMixerOutMasterSetLevel", bError);
-    trap.step([&] { mMixerSetControl(1, lLevel, bError); });
+    trap.step([&] { mMixerSetControl(kSlotMasterVolume, lLevel, bError); });
 }
 
 void gMixerOutMasterSetMute(Bool16 bMute, ErrorFlag& bError)
 {
     rt::Trap trap(kModule, "gMixerOutMasterSetMute", bError);
-    trap.step([&] { mMixerSetControl(2, bMute, bError); });
+    trap.step([&] { mMixerSetControl(kSlotMasterMute, bMute, bError); });
 }
 
 void gMixerOutWaveSetLevel(std::int32_t lLevel, ErrorFlag& bError)
 {
     rt::Trap trap(kModule, "gMixerOutWaveSetLevel", bError);
-    trap.step([&] { mMixerSetControl(3, lLevel, bError); });
+    trap.step([&] { mMixerSetControl(kSlotWaveVolume, lLevel, bError); });
 }
 
 void gMixerOutWaveSetMute(Bool16 bMute, ErrorFlag& bError)
 {
     rt::Trap trap(kModule, "gMixerOutWaveSetMute", bError);
-    trap.step([&] { mMixerSetControl(4, bMute, bError); });
+    trap.step([&] { mMixerSetControl(kSlotWaveMute, bMute, bError); });
 }
 
 void gMixerInMicSetLevel(std::int32_t lLevel, ErrorFlag& bError)
 {
     rt::Trap trap(kModule, "gMixerInMicSetLevel", bError);
-    trap.step([&] { mMixerSetControl(5, lLevel, bError); });
+    trap.step([&] { mMixerSetControl(kSlotMicVolume, lLevel, bError); });
 }
 
 void gMixerSelectedRestore(ErrorFlag& bError)
 {
     rt::Trap trap(kModule, "gMixerSelectedRestore", bError);
-    trap.step([&] { gMixerOutMasterSetLevel(gaMixerRestore.at(0), bError); });
-    trap.step([&] { gMixerOutMasterSetMute(toBool16(gaMixerRestore.at(1) != 0), bError); });
-    trap.step([&] { gMixerOutWaveSetLevel(gaMixerRestore.at(2), bError); });
-    trap.step([&] { gMixerOutWaveSetMute(toBool16(gaMixerRestore.at(3) != 0), bError); });
-    trap.step([&] { gMixerInMicSetLevel(gaMixerRestore.at(4), bError); });
+    const auto found = [](MixerSlot slot) { return gaMixerRestore.at(slotEntry(slot)); };
+    trap.step([&] { gMixerOutMasterSetLevel(found(kSlotMasterVolume), bError); });
+    trap.step([&] { gMixerOutMasterSetMute(toBool16(found(kSlotMasterMute) != 0), bError); });
+    trap.step([&] { gMixerOutWaveSetLevel(found(kSlotWaveVolume), bError); });
+    trap.step([&] { gMixerOutWaveSetMute(toBool16(found(kSlotWaveMute) != 0), bError); });
+    trap.step([&] { gMixerInMicSetLevel(found(kSlotMicVolume), bError); });
 }

@@ -7,9 +7,8 @@
 // opening of the mixer each time; gMixerSelectedRestore puts the values
 // found back at exit.
 //
-// Slots: 1 master volume, 2 master mute, 3 wave volume, 4 wave mute,
-// 5 microphone volume. The tables have entries 0 to 7; slot s uses entry
-// s - 1, and a slot outside them is a subscript error.
+// The tables have entries 0 to 7; slot s uses entry s - 1 (slotEntry), and
+// a slot outside them is a subscript error.
 #include <array>
 #include <cstdint>
 #include <string>
@@ -17,6 +16,18 @@
 #include "base/Array.h"
 #include "base/Types.h"
 #include "platform/MixerApi.h"
+
+// The five controls the program sets, by slot number.
+enum MixerSlot : std::int16_t {
+    kSlotMasterVolume = 1,
+    kSlotMasterMute = 2,
+    kSlotWaveVolume = 3,
+    kSlotWaveMute = 4,
+    kSlotMicVolume = 5,
+};
+
+// The table entry a slot uses.
+constexpr std::int32_t slotEntry(std::int16_t nSlot) { return nSlot - 1; }
 
 // One value request per slot: empty (every field 0) while its control has
 // not been found, else the request the walk read the value with, pointing at

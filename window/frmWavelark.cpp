@@ -9,13 +9,13 @@
 #include <QVBoxLayout>
 
 #include "base/Trap.h"
+#include "controls/PictureBox.h"
+#include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
+#include "controls/UpDown.h"
+#include "controls/VScrollBar.h"
 #include "platform/Forms.h"
 #include "services/modGeneral.h"
-#include "window/PictureBox.h"
-#include "window/SimpleControls.h"
-#include "window/TextBox.h"
-#include "window/UpDown.h"
-#include "window/VScrollBar.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ template <class Widget, class... Args>
 Widget* frmWavelark::make(Args&&... args)
 {
     auto* widget = new Widget(std::forward<Args>(args)...);
-    controls_.add(widget);
+    controls_.add(widget->control());
     return widget;
 }
 
@@ -96,7 +96,7 @@ QWidget* frmWavelark::makeSignalPanel()
 
     lblFrequency1 = make<ui::Label>("lblFrequency1", "Frequency &1 (Hz)");
     txtFrequency1 = make<ui::TextBox>("txtFrequency1");
-    txtFrequency1->setText(std::string("1000"));
+    txtFrequency1->setText("1000");
     txtFrequency1->setToolTip(kFrequencyTip);
     txtFrequency1->setFixedWidth(kNumberBoxWidth);
     lblFrequency1->setBuddy(txtFrequency1);
@@ -117,7 +117,7 @@ QWidget* frmWavelark::makeSignalPanel()
 
     lblPercent = make<ui::Label>("lblPercent", "(&%)");
     txtPercent = make<ui::TextBox>("txtPercent");
-    txtPercent->setText(std::string("50"));
+    txtPercent->setText("50");
     txtPercent->setToolTip(
         "Use the Arrow or Page keys + Shift and/or Ctrl to change the waveform symmetry");
     txtPercent->setFixedWidth(kNumberBoxWidth / 2);
@@ -192,11 +192,11 @@ QWidget* frmWavelark::makeSweepPage()
 
     lblFrequency2 = make<ui::Label>("lblFrequency2", "Frequency 2 (Hz)");
     txtFrequency2 = make<ui::TextBox>("txtFrequency2");
-    txtFrequency2->setText(std::string("300"));
+    txtFrequency2->setText("300");
     txtFrequency2->setToolTip(kFrequencyTip);
     lblSweepDuration = make<ui::Label>("lblSweepDuration", "Duration (s)");
     txtSweepDuration = make<ui::TextBox>("txtSweepDuration");
-    txtSweepDuration->setText(std::string("5"));
+    txtSweepDuration->setText("5");
     txtSweepDuration->setToolTip(
         "Use the Arrow or Page keys + Shift and/or Ctrl to change the duration");
     for (ui::TextBox* box : {txtFrequency2, txtSweepDuration}) box->setFixedWidth(kNumberBoxWidth);
@@ -227,12 +227,12 @@ QWidget* frmWavelark::makeBurstPage()
 
     lblBurstCycles = make<ui::Label>("lblBurstCycles", "Cycles");
     txtBurstCycles = make<ui::TextBox>("txtBurstCycles");
-    txtBurstCycles->setText(std::string("2"));
+    txtBurstCycles->setText("2");
     txtBurstCycles->setToolTip(
         "Use the Arrow or Page keys + Shift and/or Ctrl to change the number of cycles");
     lblBurstPeriod = make<ui::Label>("lblBurstPeriod", "Period (ms)");
     txtBurstPeriod = make<ui::TextBox>("txtBurstPeriod");
-    txtBurstPeriod->setText(std::string("100"));
+    txtBurstPeriod->setText("100");
     txtBurstPeriod->setToolTip(
         "Use the Arrow or Page keys + Shift and/or Ctrl to change the repetition period");
     updBurstPeriod = make<ui::UpDown>("updBurstPeriod");
@@ -280,16 +280,16 @@ QWidget* frmWavelark::makeSystemPage()
 
     lblVOutIdent = make<ui::Label>("lblVOutIdent", "Ident");
     txtVOutIdent = make<ui::TextBox>("txtVOutIdent");
-    txtVOutIdent->setText(std::string("Unknown"));
+    txtVOutIdent->setText("Unknown");
     txtVOutIdent->setToolTip("Name to identify the calibration/amplifier");
     txtVOutIdent->setMinimumWidth(2 * kNumberBoxWidth);
     lblVOutMax = make<ui::Label>("lblVOutMax", "Out Max (V)");
     txtVOutMax = make<ui::TextBox>("txtVOutMax");
-    txtVOutMax->setText(std::string("0"));
+    txtVOutMax->setText("0");
     txtVOutMax->setToolTip(kVoltsTip);
     lblVOut2 = make<ui::Label>("lblVOut2", "Out 2 (V)");
     txtVOut2 = make<ui::TextBox>("txtVOut2");
-    txtVOut2->setText(std::string("0"));
+    txtVOut2->setText("0");
     txtVOut2->setToolTip(kVoltsTip);
     for (ui::TextBox* box : {txtVOutMax, txtVOut2}) box->setFixedWidth(kNumberBoxWidth);
     cmdVOutCalibrate = make<ui::CommandButton>("cmdVOutCalibrate", "Calibrate");

@@ -6,7 +6,7 @@
 #include <QMainWindow>
 
 #include "platform/Control.h"
-#include "window/ControlAdapters.h"
+#include "controls/ControlAdapters.h"
 
 class QAction;
 class QMenu;

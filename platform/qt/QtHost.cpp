@@ -79,4 +79,9 @@ std::int16_t QtHost::msgBox(const std::string& text, std::int32_t style, const s
 
 void QtHost::beep() { QApplication::beep(); }
 
+void QtHost::sleep(std::uint32_t milliseconds)
+{
+    liveWait_.sleep(milliseconds, [this](std::uint32_t ms) { SystemHost::sleep(ms); });
+}
+
 }  // namespace host

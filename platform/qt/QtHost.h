@@ -1,7 +1,9 @@
 #pragma once
-// The program's host services: Qt message boxes and beep on top of the
-// system host's clock, locale and settings.
+// The program's host services: Qt message boxes and beep, and a sleep that
+// keeps the window alive while the engine waits (LiveWait), on top of the
+// system host's clock, locale and settings. Make it after the application.
 #include "platform/SystemHost.h"
+#include "platform/qt/LiveWait.h"
 
 namespace host {
 
@@ -10,6 +12,10 @@ public:
     std::int16_t msgBox(const std::string& text, std::int32_t style,
                         const std::string& title) override;
     void beep() override;
+    void sleep(std::uint32_t milliseconds) override;
+
+private:
+    LiveWait liveWait_;
 };
 
 }  // namespace host

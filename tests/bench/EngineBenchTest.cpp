@@ -14,6 +14,7 @@
 #include "base/Trap.h"
 #include "engine/modTimeResponseShow.h"
 #include "engine/modWaveInOut.h"
+#include "engine/modWaveInOutTesting.h"
 #include "engine/modWavePolarity.h"
 #include "platform/HostServices.h"
 #include "platform/WaveApi.h"

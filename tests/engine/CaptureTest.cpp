@@ -5,6 +5,7 @@
 
 #include "engine/modTimeResponseShow.h"
 #include "engine/modWavePolarity.h"
+#include "platform/Colours.h"
 #include "tests/engine/WaveEngineFixture.h"
 #include "tests/support/RecordingSurface.h"
 #include "tests/support/SignalMeasure.h"
@@ -41,7 +42,7 @@ protected:
     {
         std::vector<RecordingSurface::Op> found;
         for (const auto& op : surface.lines())
-            if (op.colour == 65535) found.push_back(op);
+            if (op.colour == ui::kColourYellow) found.push_back(op);
         return found;
     }
 

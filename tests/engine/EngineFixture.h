@@ -15,6 +15,7 @@
 #include "base/Trap.h"
 #include "base/Types.h"
 #include "engine/modWaveInOut.h"
+#include "engine/modWaveInOutTesting.h"
 #include "tests/support/ScriptedHost.h"
 
 namespace engine_test {

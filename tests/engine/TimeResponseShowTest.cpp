@@ -6,6 +6,7 @@
 
 #include "base/Array.h"
 #include "engine/modTimeResponseShow.h"
+#include "platform/Colours.h"
 #include "tests/support/RecordingSurface.h"
 
 namespace {
@@ -13,8 +14,8 @@ namespace {
 using testing_support::RecordingSurface;
 using Kind = RecordingSurface::Kind;
 
-constexpr std::int32_t kButtonFace = static_cast<std::int32_t>(0x8000000F);
-constexpr std::int32_t kButtonText = static_cast<std::int32_t>(0x80000012);
+using ui::kColourButtonFace;
+using ui::kColourButtonText;
 
 rt::SampleArray samplesOf(std::int32_t count, std::int16_t value = 0)
 {
@@ -46,14 +47,14 @@ protected:
 
 TEST(TimeResponseAxes, FrameAndZeroLineInTheButtonTextColourOnAButtonFace)
 {
-    RecordingSurface screen("PictureBox", kButtonFace);
+    RecordingSurface screen("PictureBox", kColourButtonFace);
     ErrorFlag bError = kFalse;
     EXPECT_EQ(gnTimeResponseShowInitClsDrawAxis(screen, 10, 20, 408, 208, bError), 100);
     ASSERT_EQ(screen.ops.size(), 3u);
     EXPECT_EQ(screen.ops[0].kind, Kind::Cls);
     const auto& frame = screen.ops[1];
     EXPECT_EQ(frame.kind, Kind::Box);
-    EXPECT_EQ(frame.colour, kButtonText);
+    EXPECT_EQ(frame.colour, kColourButtonText);
     EXPECT_EQ(frame.style, 0);
     EXPECT_EQ((std::vector<float>{frame.x1, frame.y1, frame.x2, frame.y2}),
               (std::vector<float>{10, 20, 410, 220}));
@@ -98,7 +99,7 @@ TEST_F(TimeResponse, SpanByCountStartsOnTheZeroLineOneStepBeforeTheFirstPoint)
 {
     auto samples = samplesOf(40);
     samples(1) = 32767;
-    const auto ops = plot(samples, kTrue, 32767, 0x00FF00);
+    const auto ops = plot(samples, kTrue, 32767, ui::kColourGreen);
     ASSERT_EQ(ops.front().kind, Kind::MoveTo);
     EXPECT_EQ(ops.front().x2, 10);
     EXPECT_EQ(ops.front().y2, 120);
@@ -107,7 +108,7 @@ TEST_F(TimeResponse, SpanByCountStartsOnTheZeroLineOneStepBeforeTheFirstPoint)
     EXPECT_FLOAT_EQ(lines[0].x2, 10 + 400.0f / 40) << "x step = width / n";
     EXPECT_NEAR(lines[0].y2, 120 - 90, 0.01) << "full scale reaches 0.9 of the half height";
     EXPECT_FLOAT_EQ(lines[39].x2, 410);
-    EXPECT_EQ(lines[0].colour, 0x00FF00);
+    EXPECT_EQ(lines[0].colour, ui::kColourGreen);
     EXPECT_EQ(ops.back().kind, Kind::Refresh);
 }
 

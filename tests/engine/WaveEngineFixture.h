@@ -13,6 +13,7 @@
 #include "base/Trap.h"
 #include "base/Types.h"
 #include "engine/modWaveInOut.h"
+#include "engine/modWaveInOutTesting.h"
 #include "platform/loopback/VirtualCard.h"
 #include "services/modErrorHandler.h"
 #include "tests/support/ScriptedHost.h"

@@ -11,12 +11,12 @@
 #include "entry/modKeyPressAscii.h"
 #include "entry/modStringParse.h"
 #include "services/modGeneral.h"
-#include "tests/entry/EntryTestSupport.h"
+#include "tests/support/FakeControls.h"
 #include "tests/support/ScriptedHost.h"
 
 namespace {
 
-using entry_testing::FakeTextBox;
+using testing_support::FakeTextBox;
 
 // Types each character of `keys` through the filter; returns what got
 // through (the text a box would hold) and counts the beeps in the host.
@@ -132,7 +132,7 @@ TEST(LeaveCheck, OutOfRangeTextsGetTheRangeMessageWithTwoBlankLayout)
         EXPECT_EQ(host.boxes[0].text, "In the range  .25 to  10 (Cycles) please!");
         EXPECT_EQ(host.boxes[0].style, 48);
         EXPECT_EQ(host.boxes[0].title, "Wavelark v1.0.0");
-        EXPECT_EQ(field.box.focusCalls, 1) << "the focus goes back to the box";
+        EXPECT_EQ(field.box.focusCount, 1) << "the focus goes back to the box";
         EXPECT_EQ(field.box.text(), text) << "a bad text is left for the user to mend";
         EXPECT_FALSE(field.bError);
     }
@@ -154,8 +154,8 @@ TEST(LeaveCheck, GoodValuesAreRewrittenInTheFieldsFormat)
     FakeTextBox seven("7");
     ErrorFlag bError = kFalse;
     EXPECT_FALSE(gbCtrlTxtError(2000, 1, 1, kFalse, "mS", "t", seven, bError));
-    EXPECT_EQ(seven.setTextCalls, 0) << "a whole-numbered field keeps 7 as it is";
-    EXPECT_EQ(seven.focusCalls, 0);
+    EXPECT_EQ(seven.setTextCount, 0) << "a whole-numbered field keeps 7 as it is";
+    EXPECT_EQ(seven.focusCount, 0);
 }
 
 TEST(LeaveCheck, ACommaLocaleFormatsWithTheComma)
@@ -194,7 +194,7 @@ TEST(LeaveCheck, ABrokenRuleIsReportedWithoutHoldingTheFocus)
     EXPECT_FALSE(gbCtrlTxtError(1, 5, 1, kFalse, "", "t", box, bError));
     ASSERT_EQ(host.boxes.size(), 1u);
     EXPECT_EQ(host.boxes[0].text, "Error ifMin ( 5) > ifMax( 1)");
-    EXPECT_EQ(box.focusCalls, 0);
+    EXPECT_EQ(box.focusCount, 0);
 }
 
 TEST(LeaveCheck, NoMessageOnceTheErrorFlagIsSet)

@@ -11,14 +11,14 @@
 #include <QTest>
 #include <QTimer>
 
+#include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
+#include "controls/UpDown.h"
 #include "entry/frmInputNumber.h"
 #include "entry/modInputNumber.h"
 #include "entry/modKeyMouseIncrement.h"
 #include "services/modFormPtr.h"
 #include "tests/support/ScriptedHost.h"
-#include "window/SimpleControls.h"
-#include "window/TextBox.h"
-#include "window/UpDown.h"
 
 namespace {
 
@@ -118,13 +118,13 @@ TEST_F(InputNumberDialog, ShowsTheRequestWithItsCaptionsAndTips)
     auto real = open(cyclesRequest());
     EXPECT_EQ(real->windowTitle(), "Burst Cycles");
     EXPECT_TRUE(real->lblPrompt->isVisible());
-    EXPECT_EQ(real->lblPrompt->text(), "Cycles per burst");
+    EXPECT_EQ(real->lblPrompt->control().text(), "Cycles per burst");
     EXPECT_TRUE(real->cmdCancel->isVisible());
     EXPECT_FALSE(real->updNumber->isVisible()) << "no spin control for real numbers";
-    EXPECT_EQ(real->txtNumber->text(), "2");
+    EXPECT_EQ(real->txtNumber->control().text(), "2");
     EXPECT_TRUE(real->txtNumber->hasFocus());
-    EXPECT_EQ(real->cmdOK->text(), "&OK");
-    EXPECT_EQ(real->cmdCancel->text(), "&Cancel");
+    EXPECT_EQ(real->cmdOK->control().text(), "&OK");
+    EXPECT_EQ(real->cmdCancel->control().text(), "&Cancel");
     EXPECT_EQ(real->txtNumber->toolTip(),
               "You can use the Arrow or Page keys + Shift and/or CTRL to change the number");
     EXPECT_EQ(real->updNumber->toolTip(), "Click to change the number");
@@ -161,11 +161,11 @@ TEST_F(InputNumberDialog, ACommaLocaleWorksEndToEnd)
     host.decimalChar = ",";
     const std::string answer = ask(cyclesRequest(), [&](frmInputNumber& dialog) {
         retype(dialog.txtNumber, "2.4");
-        EXPECT_EQ(dialog.txtNumber->text(), "24");
+        EXPECT_EQ(dialog.txtNumber->control().text(), "24");
         EXPECT_EQ(host.beeps, 1);
         retype(dialog.txtNumber, "2,4");
         QTest::keyClick(dialog.txtNumber, Qt::Key_Up);
-        EXPECT_EQ(dialog.txtNumber->text(), "2,45");
+        EXPECT_EQ(dialog.txtNumber->control().text(), "2,45");
         QTest::keyClick(dialog.txtNumber, Qt::Key_Return);
     });
     EXPECT_EQ(answer, " 2.45");
@@ -185,7 +185,7 @@ TEST_F(InputNumberDialog, EnterRunsTheLeaveCheckFirst)
 
         retype(dialog.txtNumber, "3");
         QTest::keyClick(dialog.txtNumber, Qt::Key_Return);
-        EXPECT_EQ(dialog.txtNumber->text(), "3.00");
+        EXPECT_EQ(dialog.txtNumber->control().text(), "3.00");
     });
     EXPECT_EQ(answer, " 3");
     EXPECT_EQ(host.boxes.size(), 1u);
@@ -199,7 +199,7 @@ TEST_F(InputNumberDialog, PastedJunkIsRefusedByOKAndItsAccelerator)
             QApplication::clipboard()->setText(pasted);
             dialog.txtNumber->selectAll();
             dialog.txtNumber->paste();
-            EXPECT_EQ(dialog.txtNumber->text(), pasted);
+            EXPECT_EQ(dialog.txtNumber->control().text(), pasted);
             QTest::mouseClick(dialog.cmdOK, Qt::LeftButton);
             settle();
             EXPECT_TRUE(dialog.isVisible()) << pasted;
@@ -250,16 +250,16 @@ TEST_F(InputNumberDialog, WholeNumbersTakeDigitsAndTheSpinControl)
 {
     auto dialog = open(periodRequest());
     retype(dialog->txtNumber, "5.0");
-    EXPECT_EQ(dialog->txtNumber->text(), "50");
+    EXPECT_EQ(dialog->txtNumber->control().text(), "50");
     EXPECT_EQ(host.beeps, 1);
 
     const QPoint upArrow(dialog->updNumber->width() / 2, 2);
     const QPoint downArrow(dialog->updNumber->width() / 2, dialog->updNumber->height() - 3);
     QTest::mouseClick(dialog->updNumber, Qt::LeftButton, {}, upArrow);
-    EXPECT_EQ(dialog->txtNumber->text(), "51") << "the spin steps from the typed number";
+    EXPECT_EQ(dialog->txtNumber->control().text(), "51") << "the spin steps from the typed number";
     QTest::mouseClick(dialog->updNumber, Qt::LeftButton, {}, downArrow);
     QTest::mouseClick(dialog->updNumber, Qt::LeftButton, {}, downArrow);
-    EXPECT_EQ(dialog->txtNumber->text(), "49");
+    EXPECT_EQ(dialog->txtNumber->control().text(), "49");
     EXPECT_TRUE(dialog->txtNumber->hasFocus());
     EXPECT_FALSE(gSteppingState().stepping);
 }
@@ -276,27 +276,27 @@ TEST_F(InputNumberDialog, ArrowAndPageKeysStepTheNumber)
     std::vector<std::string> held;
     for (int i = 0; i < 5; ++i) {
         QTest::keyPress(box, Qt::Key_Up);
-        held.push_back(box->text());
+        held.push_back(box->control().text());
     }
     QTest::keyRelease(box, Qt::Key_Up);
     EXPECT_EQ(held, (std::vector<std::string>{"10.1", "10.3", "10.7", "11.4", "12.5"}));
     QTest::keyClick(box, Qt::Key_PageUp, Qt::ControlModifier);
-    EXPECT_EQ(box->text(), "112.5") << "released: a new press starts at one resolution";
+    EXPECT_EQ(box->control().text(), "112.5") << "released: a new press starts at one resolution";
     QTest::keyClick(box, Qt::Key_End, Qt::ControlModifier);
-    EXPECT_EQ(box->text(), "10.0");
+    EXPECT_EQ(box->control().text(), "10.0");
     QTest::keyClick(box, Qt::Key_Down);
     EXPECT_EQ(host.beeps, 1) << "against the minimum";
     QTest::keyClick(box, Qt::Key_Home, Qt::ShiftModifier);
-    EXPECT_EQ(box->text(), "2000.0");
+    EXPECT_EQ(box->control().text(), "2000.0");
 
     // Plain Home moves the caret and leaves the number alone.
     box->setCursorPosition(3);
     QTest::keyClick(box, Qt::Key_Home);
-    EXPECT_EQ(box->text(), "2000.0");
+    EXPECT_EQ(box->control().text(), "2000.0");
     EXPECT_EQ(box->cursorPosition(), 0);
     // As X11 delivers it: with the DEL character as its text.
     QTest::sendKeyEvent(QTest::Click, box, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
-    EXPECT_EQ(box->text(), "000.0") << "Delete edits without passing the key filter";
+    EXPECT_EQ(box->control().text(), "000.0") << "Delete edits without passing the key filter";
     EXPECT_EQ(host.beeps, 1);
 }
 

@@ -9,12 +9,21 @@
 #include "entry/modKeyMouseIncrement.h"
 #include "entry/modMouseDown.h"
 #include "entry/modUpDownSet.h"
-#include "tests/entry/EntryTestSupport.h"
+#include "platform/KeyCodes.h"
+#include "tests/support/FakeControls.h"
 #include "tests/support/ScriptedHost.h"
 
 namespace {
 
-using entry_testing::RecordingUpDown;
+using testing_support::RecordingUpDown;
+using ui::kCtrlMask;
+using ui::kKeyDown;
+using ui::kKeyEnd;
+using ui::kKeyHome;
+using ui::kKeyPageDown;
+using ui::kKeyPageUp;
+using ui::kKeyUp;
+using ui::kShiftMask;
 
 class Stepping : public ::testing::Test {
 protected:
@@ -77,7 +86,7 @@ TEST_F(Stepping, HomeAndEndJumpOnlyWithShiftOrCtrl)
     EXPECT_EQ(press(kKeyEnd, kCtrlMask, "3", 10, 0.25f, 0.05f), "0.25");
     EXPECT_EQ(press(kKeyHome, 0, "3", 10, 0.25f, 0.05f), "3");
     EXPECT_EQ(press(kKeyEnd, 0, "3", 10, 0.25f, 0.05f), "3");
-    EXPECT_EQ(press(37, kShiftMask, "3", 10, 0.25f, 0.05f), "3");  // Left
+    EXPECT_EQ(press(ui::kKeyLeft, kShiftMask, "3", 10, 0.25f, 0.05f), "3");
     EXPECT_EQ(host.beeps, 0);
 }
 

@@ -12,10 +12,10 @@
 #include <QTest>
 #include <QTimer>
 
+#include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
 #include "entry/modControl.h"
 #include "tests/support/ScriptedHost.h"
-#include "window/SimpleControls.h"
-#include "window/TextBox.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ public:
         txtCycles->Validate = [this](bool& cancel) {
             ErrorFlag bError = kFalse;
             ++validations;
-            cancel = gbCtrlTxtError(10, 0.25f, 0.05f, kFalse, "Cycles", "Test", *txtCycles, bError);
+            cancel = gbCtrlTxtError(10, 0.25f, 0.05f, kFalse, "Cycles", "Test", txtCycles->control(), bError);
         };
         cmdGo->Click = [this] { ++goClicks; };
         cmdQuit->Click = [this] { ++quitClicks; };
@@ -103,7 +103,7 @@ TEST_F(TextBoxValidate, TabAsksBeforeLeaving)
     QTest::keyClick(form.txtCycles, Qt::Key_Tab);
     settle();
     EXPECT_TRUE(form.cmdGo->hasFocus());
-    EXPECT_EQ(form.txtCycles->text(), "3.00");
+    EXPECT_EQ(form.txtCycles->control().text(), "3.00");
     EXPECT_EQ(host.boxes.size(), 1u);
 }
 
@@ -126,7 +126,7 @@ TEST_F(TextBoxValidate, ARefusedClickDoesNotReachTheClickedControl)
     settle();
     EXPECT_EQ(form.goClicks, 1);
     EXPECT_TRUE(form.cmdGo->hasFocus());
-    EXPECT_EQ(form.txtCycles->text(), "5.00");
+    EXPECT_EQ(form.txtCycles->control().text(), "5.00");
     EXPECT_EQ(form.validations, 3) << "an allowed leave is asked once";
 }
 

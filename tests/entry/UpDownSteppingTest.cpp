@@ -8,12 +8,12 @@
 #include <QHBoxLayout>
 #include <QTest>
 
+#include "controls/TextBox.h"
+#include "controls/UpDown.h"
 #include "entry/modKeyMouseIncrement.h"
 #include "entry/modMouseDown.h"
 #include "entry/modUpDownSet.h"
 #include "tests/support/ScriptedHost.h"
-#include "window/TextBox.h"
-#include "window/UpDown.h"
 
 namespace {
 
@@ -30,11 +30,11 @@ public:
         layout->addWidget(updBurstPeriod);
         updBurstPeriod->MouseDown = [this](std::int16_t button, std::int16_t) {
             ErrorFlag bError = kFalse;
-            gMouseDownInit(button, *updBurstPeriod, bError);
+            gMouseDownInit(button, updBurstPeriod->control(), bError);
         };
         updBurstPeriod->Change = [this] {
             ErrorFlag bError = kFalse;
-            gMouseDown(gSteppingState().lastButton, *updBurstPeriod, bError);
+            gMouseDown(gSteppingState().lastButton, updBurstPeriod->control(), bError);
             increments.push_back(updBurstPeriod->increment());
         };
         updBurstPeriod->MouseUp = [](std::int16_t, std::int16_t) { gKeyMouseIncrementEnd(); };
@@ -57,7 +57,7 @@ protected:
     void load(std::int32_t value)
     {
         ErrorFlag bError = kFalse;
-        gUpDownSet(value, 2000, 0, 1, *form.updBurstPeriod, bError);
+        gUpDownSet(value, 2000, 0, 1, form.updBurstPeriod->control(), bError);
         ASSERT_FALSE(bError);
         // Loading raised a change, which (wired as the main window wires it)
         // counts as a step after an earlier left-button press: start afresh.
@@ -90,7 +90,7 @@ TEST_F(UpDownStepping, HoldingAnArrowGrowsTheIncrementToATwentiethOfTheRange)
     ASSERT_GE(form.increments.size(), expected.size());
     EXPECT_EQ(std::vector<std::int32_t>(form.increments.begin(), form.increments.begin() + 17),
               expected);
-    EXPECT_EQ(form.txtBurstPeriod->text(), std::to_string(form.updBurstPeriod->value()));
+    EXPECT_EQ(form.txtBurstPeriod->control().text(), std::to_string(form.updBurstPeriod->value()));
     EXPECT_EQ(host.beeps, 0);
 
     // Released and pressed again: back to single steps.
@@ -106,7 +106,7 @@ TEST_F(UpDownStepping, HoldingAgainstTheMaximumBeeps)
     load(1900);
     hold(upArrow(), [&] { return host.beeps >= 1; });
     EXPECT_EQ(form.updBurstPeriod->value(), 2000);
-    EXPECT_EQ(form.txtBurstPeriod->text(), "2000");
+    EXPECT_EQ(form.txtBurstPeriod->control().text(), "2000");
     // 1901, 1902, 1904, 1908, 1915, 1926, 1942, 1964, 1993, then 2000 twice.
     ASSERT_GE(form.increments.size(), 11u);
     EXPECT_EQ(form.increments[9], 46);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/Colours.h"
 #include "platform/PlotSurface.h"
 
 namespace testing_support {
@@ -21,7 +22,7 @@ public:
     };
 
     explicit RecordingSurface(std::string type = "PictureBox",
-                              std::int32_t back = static_cast<std::int32_t>(0x8000000F))
+                              std::int32_t back = ui::kColourButtonFace)
         : type_(std::move(type)), back_(back)
     {
     }

@@ -17,11 +17,11 @@
 #include <QTest>
 
 #include "base/Types.h"
+#include "controls/PictureBox.h"
+#include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
 #include "services/modControlsEnable.h"
 #include "tests/support/ScriptedHost.h"
-#include "window/PictureBox.h"
-#include "window/SimpleControls.h"
-#include "window/TextBox.h"
 #include "window/frmWavelark.h"
 
 namespace {

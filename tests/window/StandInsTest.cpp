@@ -5,12 +5,13 @@
 #include <QApplication>
 #include <QTest>
 
-#include "window/Colors.h"
-#include "window/PictureBox.h"
-#include "window/SimpleControls.h"
-#include "window/TextBox.h"
-#include "window/UpDown.h"
-#include "window/VScrollBar.h"
+#include "controls/PictureBox.h"
+#include "controls/QtConversions.h"
+#include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
+#include "controls/UpDown.h"
+#include "controls/VScrollBar.h"
+#include "platform/Colours.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ TEST(TextBoxEvents, KeyPressCanSwallowOrReplaceACharacter)
         if (key == ',') key = '.';        // replaced
     };
     QTest::keyClicks(&box, "1x,5");
-    EXPECT_EQ(box.QLineEdit::text(), "1.5");
+    EXPECT_EQ(box.control().text(), "1.5");
     EXPECT_EQ(pressed, (std::vector<int>{'1', 'x', ',', '5'}));
     QTest::keyClick(&box, Qt::Key_Backspace);
     EXPECT_EQ(pressed.back(), 8);
@@ -62,10 +63,10 @@ TEST(TextBoxEvents, ChangeRunsForTypedAndSetText)
     ui::TextBox box("txtTest");
     int changes = 0;
     box.Change = [&] { ++changes; };
-    box.setText(std::string("440"));
+    box.control().setText("440");
     QTest::keyClicks(&box, "0");
     EXPECT_EQ(changes, 2);
-    EXPECT_EQ(box.text(), "4400");
+    EXPECT_EQ(box.control().text(), "4400");
 }
 
 TEST(UpDownControl, StepsWithinItsLimitsAndRaisesChangeEvenAtALimit)
@@ -77,7 +78,7 @@ TEST(UpDownControl, StepsWithinItsLimitsAndRaisesChangeEvenAtALimit)
     spin.setMax(10);
     spin.setIncrement(4);
     spin.setValue(5);
-    EXPECT_EQ(buddy.text(), "5");
+    EXPECT_EQ(buddy.control().text(), "5");
     int changes = 0;
     spin.Change = [&] { ++changes; };
     spin.stepBy(+1);
@@ -87,7 +88,7 @@ TEST(UpDownControl, StepsWithinItsLimitsAndRaisesChangeEvenAtALimit)
     spin.stepBy(+1);
     EXPECT_EQ(spin.value(), 10);
     EXPECT_EQ(changes, 3) << "a step against the limit still raises Change";
-    EXPECT_EQ(buddy.text(), "10");
+    EXPECT_EQ(buddy.control().text(), "10");
     spin.setValue(10);
     EXPECT_EQ(changes, 3) << "setting the same value is no change";
 }
@@ -196,6 +197,61 @@ TEST(Buttons, SettingAValueFromCodeRunsClick)
     check.setValue(0);
     EXPECT_EQ(checks, 2);
     EXPECT_EQ(check.value(), 0);
+}
+
+// The core reaches every kind through control(): the text it reads and sets
+// is the box's text or the caption, lines end in "\r\n", an up-down's value
+// and limits are the widget's, and focus and enabling act on the widget
+// itself, whichever pointer the window holds.
+TEST(CoreView, EveryKindReadsAndSetsThroughItsControl)
+{
+    QWidget form;
+    auto* box = new ui::TextBox("txtBox", &form);
+    auto* report = new ui::MultiLineTextBox("txtReport", &form);
+    auto* label = new ui::Label("lblCaption", "&Level", &form);
+    auto* check = new ui::CheckBox("chkMute", "&Mute", &form);
+    auto* spin = new ui::UpDown("updSpin", &form);
+    auto* bar = new ui::VScrollBar("vsbLevel", &form);
+
+    int changes = 0;
+    box->Change = [&] { ++changes; };
+    box->control().setText("12.5");
+    EXPECT_EQ(box->text(), "12.5");
+    EXPECT_EQ(changes, 1) << "a text set by the core is a change";
+    report->control().setText("one\r\ntwo");
+    EXPECT_EQ(report->toPlainText(), "one\ntwo");
+    EXPECT_EQ(report->control().text(), "one\r\ntwo");
+    label->control().setText("Ou&t");
+    EXPECT_EQ(label->text(), "Ou&t");
+    EXPECT_EQ(check->control().text(), "&Mute");
+    EXPECT_EQ(bar->control().text(), "") << "a scroll bar has no text";
+
+    ui::UpDownControl& upDown = spin->control();
+    upDown.setMax(40);
+    upDown.setValue(30);
+    EXPECT_EQ(spin->value(), 30);
+    EXPECT_EQ(upDown.max(), 40);
+
+    const std::pair<ui::Control*, const char*> kinds[] = {
+        {&box->control(), "TextBox"},  {&report->control(), "TextBox"},
+        {&label->control(), "Label"},  {&check->control(), "CheckBox"},
+        {&spin->control(), "UpDown"},  {&bar->control(), "VScrollBar"}};
+    for (const auto& [control, type] : kinds) EXPECT_EQ(control->typeName(), type);
+    EXPECT_EQ(box->control().name(), "txtBox");
+
+    form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form));
+    form.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    check->control().setFocus();
+    EXPECT_TRUE(check->hasFocus());
+    static_cast<QWidget*>(box)->setFocus();
+    EXPECT_TRUE(box->hasFocus()) << "Qt's own setFocus is not hidden";
+    box->control().setEnabled(false);
+    EXPECT_FALSE(box->isEnabled());
+    box->hide();
+    EXPECT_FALSE(box->control().visible());
+    EXPECT_TRUE(label->control().visible());
 }
 
 }  // namespace

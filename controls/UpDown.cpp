@@ -1,4 +1,4 @@
-#include "window/UpDown.h"
+#include "controls/UpDown.h"
 
 #include <algorithm>
 
@@ -7,7 +7,9 @@
 #include <QStyle>
 #include <QStyleOption>
 
-#include "window/TextBox.h"
+#include "controls/QtConversions.h"
+#include "controls/TextBox.h"
+#include "platform/qt/LiveWait.h"
 
 namespace ui {
 
@@ -16,34 +18,28 @@ namespace {
 constexpr int kFirstRepeatDelayMs = 400;
 constexpr int kRepeatIntervalMs = 60;
 
-std::int16_t buttonCode(Qt::MouseButton button)
-{
-    switch (button) {
-    case Qt::LeftButton: return 1;
-    case Qt::RightButton: return 2;
-    case Qt::MiddleButton: return 4;
-    default: return 0;
-    }
-}
-
-std::int16_t shiftCode(Qt::KeyboardModifiers modifiers)
-{
-    return static_cast<std::int16_t>(((modifiers & Qt::ShiftModifier) ? 1 : 0) |
-                                     ((modifiers & Qt::ControlModifier) ? 2 : 0) |
-                                     ((modifiers & Qt::AltModifier) ? 4 : 0));
-}
-
 }  // namespace
 
-UpDown::UpDown(const QString& name, QWidget* parent) : QWidget(parent)
+UpDownAdapter::UpDownAdapter(UpDown* upDown, const char* typeName)
+    : WidgetAdapter(upDown, typeName), upDown_(upDown)
 {
-    setObjectName(name);
+}
+
+std::int32_t UpDownAdapter::value() const { return upDown_->value(); }
+void UpDownAdapter::setValue(std::int32_t value) { upDown_->setValue(value); }
+std::int32_t UpDownAdapter::min() const { return upDown_->min(); }
+void UpDownAdapter::setMin(std::int32_t min) { upDown_->setMin(min); }
+std::int32_t UpDownAdapter::max() const { return upDown_->max(); }
+void UpDownAdapter::setMax(std::int32_t max) { upDown_->setMax(max); }
+std::int32_t UpDownAdapter::increment() const { return upDown_->increment(); }
+void UpDownAdapter::setIncrement(std::int32_t increment) { upDown_->setIncrement(increment); }
+
+UpDown::UpDown(const QString& name, QWidget* parent) : QWidget(parent), StandIn(this, name, "UpDown")
+{
     setFocusPolicy(Qt::NoFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     connect(&repeat_, &QTimer::timeout, this, &UpDown::repeatStep);
 }
-
-std::string UpDown::name() const { return objectName().toStdString(); }
 
 QSize UpDown::sizeHint() const { return {18, 24}; }
 
@@ -68,18 +64,23 @@ void UpDown::stepBy(int direction)
 
 void UpDown::syncBuddy()
 {
-    if (buddy_ != nullptr) buddy_->setText(std::to_string(value_));
+    if (buddy_ != nullptr) buddy_->setText(QString::number(value_));
 }
 
 void UpDown::repeatStep()
 {
-    repeat_.setInterval(kRepeatIntervalMs);
-    if (heldDirection_ != 0) stepBy(heldDirection_);
+    // A repeat that falls inside an engine wait is skipped: its Change could
+    // re-enter the engine. After a step (which may itself have waited) the
+    // next repeat comes a full interval later, so that a release queued
+    // meanwhile is seen first.
+    if (heldDirection_ == 0 || host::waitUnderway()) return;
+    stepBy(heldDirection_);
+    repeat_.start(kRepeatIntervalMs);
 }
 
 void UpDown::mousePressEvent(QMouseEvent* event)
 {
-    if (MouseDown) MouseDown(buttonCode(event->button()), shiftCode(event->modifiers()));
+    if (MouseDown) MouseDown(buttonCodeOf(event->button()), shiftStateOf(event->modifiers()));
     if (event->button() != Qt::LeftButton) return;
     heldDirection_ = event->position().y() < height() / 2.0 ? +1 : -1;
     stepBy(heldDirection_);
@@ -92,7 +93,7 @@ void UpDown::mouseReleaseEvent(QMouseEvent* event)
     repeat_.stop();
     heldDirection_ = 0;
     update();
-    if (MouseUp) MouseUp(buttonCode(event->button()), shiftCode(event->modifiers()));
+    if (MouseUp) MouseUp(buttonCodeOf(event->button()), shiftStateOf(event->modifiers()));
 }
 
 void UpDown::paintEvent(QPaintEvent*)

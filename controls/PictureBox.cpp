@@ -1,16 +1,17 @@
-#include "window/PictureBox.h"
+#include "controls/PictureBox.h"
 
 #include <QMouseEvent>
 #include <QPainter>
 
-#include "window/Colors.h"
+#include "controls/QtConversions.h"
+#include "platform/Colours.h"
 
 namespace ui {
 
 PictureBox::PictureBox(const QString& name, QWidget* parent)
-    : QFrame(parent), backColor_(kColourButtonFace), foreColor_(kColourButtonText)
+    : QFrame(parent), StandIn(this, name, "PictureBox"), backColor_(kColourButtonFace),
+      foreColor_(kColourButtonText)
 {
-    setObjectName(name);
     setFrameStyle(QFrame::Panel | QFrame::Sunken);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     image_ = QImage(sizeHint(), QImage::Format_RGB32);

@@ -1,4 +1,4 @@
-#include "window/TextBox.h"
+#include "controls/TextBox.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -8,18 +8,14 @@
 #include <QTimer>
 #include <QWindow>
 
+#include "controls/QtConversions.h"
+#include "platform/KeyCodes.h"
+
 namespace ui {
 
 namespace {
 
 constexpr const char* kCausesValidation = "causesValidation";
-constexpr char16_t kDeleteCharacter = 0x7F;
-
-// Turns the program's "\r\n" line ends into the editor's and back.
-QString toEditor(const std::string& text)
-{
-    return QString::fromStdString(text).replace("\r\n", "\n");
-}
 
 // Whether a click gives this widget the focus, by Qt's rule (its own policy
 // and that of its focus proxy both include click focus).
@@ -174,82 +170,23 @@ bool causesValidation(const QWidget* control)
     return !value.isValid() || value.toBool();
 }
 
-std::int16_t keyCodeOf(const QKeyEvent* event)
+TextBox::TextBox(const QString& name, QWidget* parent)
+    : QLineEdit(parent), StandIn(this, name, "TextBox")
 {
-    const int key = event->key();
-    if (key >= Qt::Key_A && key <= Qt::Key_Z) return static_cast<std::int16_t>('A' + (key - Qt::Key_A));
-    if (key >= Qt::Key_0 && key <= Qt::Key_9) return static_cast<std::int16_t>('0' + (key - Qt::Key_0));
-    if (key >= Qt::Key_F1 && key <= Qt::Key_F24) return static_cast<std::int16_t>(112 + (key - Qt::Key_F1));
-    switch (key) {
-    case Qt::Key_Backspace: return 8;
-    case Qt::Key_Tab:
-    case Qt::Key_Backtab: return 9;
-    case Qt::Key_Return:
-    case Qt::Key_Enter: return 13;
-    case Qt::Key_Shift: return 16;
-    case Qt::Key_Control: return 17;
-    case Qt::Key_Alt: return 18;
-    case Qt::Key_Escape: return 27;
-    case Qt::Key_Space: return 32;
-    case Qt::Key_PageUp: return 33;
-    case Qt::Key_PageDown: return 34;
-    case Qt::Key_End: return 35;
-    case Qt::Key_Home: return 36;
-    case Qt::Key_Left: return 37;
-    case Qt::Key_Up: return 38;
-    case Qt::Key_Right: return 39;
-    case Qt::Key_Down: return 40;
-    case Qt::Key_Insert: return 45;
-    case Qt::Key_Delete: return 46;
-    case Qt::Key_Minus: return 189;
-    case Qt::Key_Period: return 190;
-    case Qt::Key_Comma: return 188;
-    default: return 0;
-    }
-}
-
-std::int16_t shiftStateOf(const QKeyEvent* event)
-{
-    const Qt::KeyboardModifiers modifiers = event->modifiers();
-    std::int16_t shift = 0;
-    if (modifiers & Qt::ShiftModifier) shift |= 1;
-    if (modifiers & Qt::ControlModifier) shift |= 2;
-    if (modifiers & Qt::AltModifier) shift |= 4;
-    return shift;
-}
-
-TextBox::TextBox(const QString& name, QWidget* parent) : QLineEdit(parent)
-{
-    setObjectName(name);
     leaveGuard();
     connect(this, &QLineEdit::textChanged, this, [this] {
         if (Change) Change();
     });
 }
 
-void TextBox::setFocus()
-{
-    if (!losingFocus_) {
-        QLineEdit::setFocus(Qt::OtherFocusReason);
-        return;
-    }
-    QTimer::singleShot(0, this, [this] { QLineEdit::setFocus(Qt::OtherFocusReason); });
-}
-
-std::string TextBox::name() const { return objectName().toStdString(); }
-
-bool TextBox::visible() const { return isVisibleTo(window()); }
-
-void TextBox::setText(const std::string& text) { QLineEdit::setText(QString::fromStdString(text)); }
-
 void TextBox::keyPressEvent(QKeyEvent* event)
 {
     std::int16_t keyCode = keyCodeOf(event);
-    if (KeyDown && keyCode != 0) KeyDown(keyCode, shiftStateOf(event));
+    if (KeyDown && keyCode != 0) KeyDown(keyCode, shiftStateOf(event->modifiers()));
 
     // Delete edits the text without typing a character.
     const QString typed = event->text();
-    if (!KeyPress || typed.isEmpty() || typed.at(0) == QChar(kDeleteCharacter) ||
+    if (!KeyPress || typed.isEmpty() || typed.at(0) == QChar(kAsciiDelete) ||
         event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab ||
         event->key() == Qt::Key_Escape) {
         QLineEdit::keyPressEvent(event);
@@ -274,7 +211,8 @@ void TextBox::keyPressEvent(QKeyEvent* event)
 void TextBox::keyReleaseEvent(QKeyEvent* event)
 {
     std::int16_t keyCode = keyCodeOf(event);
-    if (KeyUp && keyCode != 0 && !event->isAutoRepeat()) KeyUp(keyCode, shiftStateOf(event));
+    if (KeyUp && keyCode != 0 && !event->isAutoRepeat())
+        KeyUp(keyCode, shiftStateOf(event->modifiers()));
     QLineEdit::keyReleaseEvent(event);
 }
 
@@ -316,29 +254,18 @@ void TextBox::focusOutEvent(QFocusEvent* event)
     if (guard.takeAllowedLeave(next)) return;  // a click or accelerator asked already
     if (!isLeaving(this, next)) return;  // no control, or one that does not ask
     // The focus has already moved (a focus change from code, or a press sent
-    // straight to a widget): ask now and take the focus back on a refusal.
-    losingFocus_ = true;
+    // straight to a widget): ask now and take the focus back on a refusal,
+    // once the focus change under way has finished.
+    const FocusMoving moving;
     if (!validateLeaving()) {
         if (reason == Qt::MouseFocusReason) guard.refusePress = true;
-        setFocus();  // deferred: the focus change under way finishes first
+        giveFocus(this);
     }
-    losingFocus_ = false;
 }
 
-MultiLineTextBox::MultiLineTextBox(const QString& name, QWidget* parent) : QPlainTextEdit(parent)
+MultiLineTextBox::MultiLineTextBox(const QString& name, QWidget* parent)
+    : QPlainTextEdit(parent), StandIn(this, name, "TextBox")
 {
-    setObjectName(name);
 }
-
-std::string MultiLineTextBox::name() const { return objectName().toStdString(); }
-
-bool MultiLineTextBox::visible() const { return isVisibleTo(window()); }
-
-std::string MultiLineTextBox::text() const
-{
-    return toPlainText().replace("\n", "\r\n").toStdString();
-}
-
-void MultiLineTextBox::setText(const std::string& text) { setPlainText(toEditor(text)); }
 
 }  // namespace ui

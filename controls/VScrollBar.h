@@ -7,14 +7,14 @@
 
 #include <QScrollBar>
 
-#include "platform/Control.h"
+#include "controls/ControlAdapters.h"
 
 namespace ui {
 
-class VScrollBar : public QScrollBar, public Control {
+class VScrollBar : public QScrollBar, public StandIn<> {
     Q_OBJECT
 public:
-    VScrollBar(const QString& name, QWidget* parent = nullptr);
+    explicit VScrollBar(const QString& name, QWidget* parent = nullptr);
 
     std::function<void()> Change;
     std::function<void()> Scroll;
@@ -22,13 +22,6 @@ public:
     std::int16_t Value() const { return static_cast<std::int16_t>(value()); }
     // Sets the value; an out-of-range value fails with "Invalid property value".
     void setValue16(std::int16_t value);
-
-    std::string name() const override { return objectName().toStdString(); }
-    std::string typeName() const override { return "VScrollBar"; }
-    bool enabled() const override { return isEnabled(); }
-    void setEnabled(bool enabled) override { QScrollBar::setEnabled(enabled); }
-    bool visible() const override { return isVisibleTo(window()); }
-    void setFocus() override { QScrollBar::setFocus(Qt::OtherFocusReason); }
 };
 
 }  // namespace ui

@@ -4,22 +4,42 @@
 // every step (also when the value stands at a limit and does not move) and
 // on a Value set from code that changes it; MouseDown / MouseUp with the
 // button (1 left, 2 right, 4 middle). The buddy text box shows the value.
+// The core reaches it as a ui::UpDownControl through control().
 #include <cstdint>
 #include <functional>
 
 #include <QTimer>
 #include <QWidget>
 
-#include "platform/Control.h"
+#include "controls/ControlAdapters.h"
 
 namespace ui {
 
 class TextBox;
+class UpDown;
 
-class UpDown : public QWidget, public UpDownControl {
+// The core's view of an up-down control.
+class UpDownAdapter : public WidgetAdapter<UpDownControl> {
+public:
+    UpDownAdapter(UpDown* upDown, const char* typeName);
+
+    std::int32_t value() const override;
+    void setValue(std::int32_t value) override;
+    std::int32_t min() const override;
+    void setMin(std::int32_t min) override;
+    std::int32_t max() const override;
+    void setMax(std::int32_t max) override;
+    std::int32_t increment() const override;
+    void setIncrement(std::int32_t increment) override;
+
+private:
+    UpDown* upDown_;
+};
+
+class UpDown : public QWidget, public StandIn<UpDownAdapter> {
     Q_OBJECT
 public:
-    UpDown(const QString& name, QWidget* parent = nullptr);
+    explicit UpDown(const QString& name, QWidget* parent = nullptr);
 
     std::function<void()> Change;
     std::function<void(std::int16_t button, std::int16_t shift)> MouseDown;
@@ -28,21 +48,14 @@ public:
     void setBuddy(TextBox* buddy) { buddy_ = buddy; }
     TextBox* buddy() const { return buddy_; }
 
-    std::int32_t value() const override { return value_; }
-    void setValue(std::int32_t value) override;
-    std::int32_t min() const override { return min_; }
-    void setMin(std::int32_t min) override { min_ = min; }
-    std::int32_t max() const override { return max_; }
-    void setMax(std::int32_t max) override { max_ = max; }
-    std::int32_t increment() const override { return increment_; }
-    void setIncrement(std::int32_t increment) override { increment_ = increment; }
-
-    std::string name() const override;
-    std::string typeName() const override { return "UpDown"; }
-    bool enabled() const override { return isEnabled(); }
-    void setEnabled(bool enabled) override { QWidget::setEnabled(enabled); }
-    bool visible() const override { return isVisibleTo(window()); }
-    void setFocus() override { QWidget::setFocus(Qt::OtherFocusReason); }
+    std::int32_t value() const { return value_; }
+    void setValue(std::int32_t value);
+    std::int32_t min() const { return min_; }
+    void setMin(std::int32_t min) { min_ = min; }
+    std::int32_t max() const { return max_; }
+    void setMax(std::int32_t max) { max_ = max; }
+    std::int32_t increment() const { return increment_; }
+    void setIncrement(std::int32_t increment) { increment_ = increment; }
 
     // One step as a click on an arrow makes it: +Increment (up) or
     // -Increment (down), kept within Min..Max, then Change.

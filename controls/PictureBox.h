@@ -9,15 +9,15 @@
 #include <QPointF>
 #include <QFrame>
 
-#include "platform/Control.h"
+#include "controls/ControlAdapters.h"
 #include "platform/PlotSurface.h"
 
 namespace ui {
 
-class PictureBox : public QFrame, public Control, public PlotSurface {
+class PictureBox : public QFrame, public StandIn<>, public PlotSurface {
     Q_OBJECT
 public:
-    PictureBox(const QString& name, QWidget* parent = nullptr);
+    explicit PictureBox(const QString& name, QWidget* parent = nullptr);
 
     std::function<void()> Click;
 
@@ -27,15 +27,8 @@ public:
     int scaleHeight() const { return image_.height(); }
     const QImage& image() const { return image_; }
 
-    // Control
-    std::string name() const override { return objectName().toStdString(); }
-    std::string typeName() const override { return "PictureBox"; }
-    bool enabled() const override { return isEnabled(); }
-    void setEnabled(bool enabled) override { QFrame::setEnabled(enabled); }
-    bool visible() const override { return isVisibleTo(window()); }
-    void setFocus() override { QFrame::setFocus(Qt::OtherFocusReason); }
-
     // PlotSurface
+    std::string typeName() const override { return "PictureBox"; }
     std::int32_t backColor() const override { return backColor_; }
     std::int32_t foreColor() const override { return foreColor_; }
     void setForeColor(std::int32_t colour) override { foreColor_ = colour; }

@@ -1,12 +1,12 @@
-#include "window/VScrollBar.h"
+#include "controls/VScrollBar.h"
 
 #include "base/RuntimeError.h"
 
 namespace ui {
 
-VScrollBar::VScrollBar(const QString& name, QWidget* parent) : QScrollBar(Qt::Vertical, parent)
+VScrollBar::VScrollBar(const QString& name, QWidget* parent)
+    : QScrollBar(Qt::Vertical, parent), StandIn(this, name, "VScrollBar")
 {
-    setObjectName(name);
     connect(this, &QScrollBar::valueChanged, this, [this] {
         if (!isSliderDown() && Change) Change();
     });
@@ -20,7 +20,7 @@ VScrollBar::VScrollBar(const QString& name, QWidget* parent) : QScrollBar(Qt::Ve
 
 void VScrollBar::setValue16(std::int16_t value)
 {
-    if (value < minimum() || value > maximum()) rt::raise(380, "Invalid property value");
+    if (value < minimum() || value > maximum()) rt::raise(rt::kErrInvalidPropertyValue);
     setValue(value);
 }
 

@@ -4,7 +4,7 @@
 //  - KeyPress(keyAscii): the character code of a typed character (8 for
 //    Backspace, 13 for Enter); the handler may change it, 0 swallows it.
 //  - KeyDown / KeyUp(keyCode, shift): the key code (38 Up, 33 Page Up ...)
-//    and the shift state (1 Shift, 2 Ctrl, 4 Alt).
+//    and the shift state (1 Shift, 2 Ctrl, 4 Alt), as in platform/KeyCodes.h.
 //  - Change(): every change of the text, typed or set from code.
 //  - Validate(cancel): when the focus is about to leave for another control
 //    of the window (Tab, a click, an accelerator, a focus change from code);
@@ -13,22 +13,21 @@
 //    opening a popup or menu is not leaving the box. A control marked with
 //    setCausesValidation(widget, false), such as a Cancel button, takes the
 //    focus without asking.
-// A multi-line box (for reports) is a MultiLineTextBox.
+// The core reads and sets the text, and gives the focus, through control().
 #include <cstdint>
 #include <functional>
-#include <string>
 
 #include <QLineEdit>
 #include <QPlainTextEdit>
 
-#include "platform/Control.h"
+#include "controls/ControlAdapters.h"
 
 namespace ui {
 
-class TextBox : public QLineEdit, public Control {
+class TextBox : public QLineEdit, public StandIn<> {
     Q_OBJECT
 public:
-    TextBox(const QString& name, QWidget* parent = nullptr);
+    explicit TextBox(const QString& name, QWidget* parent = nullptr);
 
     std::function<void(std::int16_t& keyAscii)> KeyPress;
     std::function<void(std::int16_t& keyCode, std::int16_t shift)> KeyDown;
@@ -39,17 +38,6 @@ public:
     // Asks Validate whether the focus may leave; true when it may.
     bool validateLeaving();
 
-    std::string name() const override;
-    std::string typeName() const override { return "TextBox"; }
-    bool enabled() const override { return isEnabled(); }
-    void setEnabled(bool enabled) override { QLineEdit::setEnabled(enabled); }
-    bool visible() const override;
-    // Gives the box the focus; while the box is losing it (a Validate
-    // answering cancel), once the change under way has finished.
-    void setFocus() override;
-    std::string text() const override { return QLineEdit::text().toStdString(); }
-    void setText(const std::string& text) override;
-
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
@@ -58,7 +46,6 @@ protected:
 
 private:
     bool validating_ = false;
-    bool losingFocus_ = false;
 };
 
 // Whether a control's taking the focus runs the leave-check of the box that
@@ -66,26 +53,11 @@ private:
 void setCausesValidation(QWidget* control, bool causesValidation);
 bool causesValidation(const QWidget* control);
 
-// A read-only or editable multi-line text box (the device report).
-class MultiLineTextBox : public QPlainTextEdit, public Control {
+// A multi-line text box (the device report); setReadOnly locks it.
+class MultiLineTextBox : public QPlainTextEdit, public StandIn<> {
     Q_OBJECT
 public:
-    MultiLineTextBox(const QString& name, QWidget* parent = nullptr);
-
-    std::string name() const override;
-    std::string typeName() const override { return "TextBox"; }
-    bool enabled() const override { return isEnabled(); }
-    void setEnabled(bool enabled) override { QPlainTextEdit::setEnabled(enabled); }
-    bool visible() const override;
-    void setFocus() override { QPlainTextEdit::setFocus(Qt::OtherFocusReason); }
-    std::string text() const override;
-    void setText(const std::string& text) override;
-    // A locked box can be read and selected but not edited.
-    void setLocked(bool locked) { setReadOnly(locked); }
+    explicit MultiLineTextBox(const QString& name, QWidget* parent = nullptr);
 };
-
-// The key code and shift state of a Qt key event, as the handlers know them.
-std::int16_t keyCodeOf(const QKeyEvent* event);
-std::int16_t shiftStateOf(const QKeyEvent* event);
 
 }  // namespace ui

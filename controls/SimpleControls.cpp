@@ -1,15 +1,15 @@
-#include "window/SimpleControls.h"
+#include "controls/SimpleControls.h"
 
 #include <QSignalBlocker>
 
-#include "window/Colors.h"
+#include "controls/QtConversions.h"
+#include "platform/Colours.h"
 
 namespace ui {
 
 Label::Label(const QString& name, const QString& caption, QWidget* parent)
-    : WidgetStandIn<QLabel>(caption, parent), foreColor_(kColourButtonText)
+    : QLabel(caption, parent), StandIn(this, name, "Label"), foreColor_(kColourButtonText)
 {
-    setObjectName(name);
 }
 
 void Label::setForeColor(std::int32_t colour)
@@ -21,18 +21,16 @@ void Label::setForeColor(std::int32_t colour)
 }
 
 CheckBox::CheckBox(const QString& name, const QString& caption, QWidget* parent)
-    : WidgetStandIn<QCheckBox>(caption, parent)
+    : QCheckBox(caption, parent), StandIn(this, name, "CheckBox")
 {
-    setObjectName(name);
     connect(this, &QCheckBox::toggled, this, [this] {
         if (Click) Click();
     });
 }
 
 OptionButton::OptionButton(const QString& name, const QString& caption, QWidget* parent)
-    : WidgetStandIn<QRadioButton>(caption, parent)
+    : QRadioButton(caption, parent), StandIn(this, name, "OptionButton")
 {
-    setObjectName(name);
     connect(this, &QRadioButton::toggled, this, [this](bool on) {
         if (on && Click) Click();
     });
@@ -57,9 +55,8 @@ void OptionButton::setValue(bool value)
 }
 
 CommandButton::CommandButton(const QString& name, const QString& caption, QWidget* parent)
-    : WidgetStandIn<QPushButton>(caption, parent)
+    : QPushButton(caption, parent), StandIn(this, name, "CommandButton")
 {
-    setObjectName(name);
     setAutoDefault(false);
     connect(this, &QPushButton::clicked, this, [this] {
         if (Click) Click();

@@ -15,29 +15,14 @@
 #include <QPushButton>
 #include <QRadioButton>
 
-#include "platform/Control.h"
+#include "controls/ControlAdapters.h"
 
 namespace ui {
 
-// Control members shared by the widget stand-ins below.
-template <class Widget>
-class WidgetStandIn : public Widget, public Control {
-public:
-    using Widget::Widget;
-    std::string name() const override { return this->objectName().toStdString(); }
-    bool enabled() const override { return this->isEnabled(); }
-    void setEnabled(bool enabled) override { Widget::setEnabled(enabled); }
-    bool visible() const override { return this->isVisibleTo(this->window()); }
-    void setFocus() override { Widget::setFocus(Qt::OtherFocusReason); }
-    std::string text() const override { return Widget::text().toStdString(); }
-    void setText(const std::string& text) override { Widget::setText(QString::fromStdString(text)); }
-};
-
-class Label : public WidgetStandIn<QLabel> {
+class Label : public QLabel, public StandIn<> {
     Q_OBJECT
 public:
     Label(const QString& name, const QString& caption, QWidget* parent = nullptr);
-    std::string typeName() const override { return "Label"; }
 
     std::int32_t foreColor() const { return foreColor_; }
     void setForeColor(std::int32_t colour);
@@ -46,33 +31,30 @@ private:
     std::int32_t foreColor_;
 };
 
-class CheckBox : public WidgetStandIn<QCheckBox> {
+class CheckBox : public QCheckBox, public StandIn<> {
     Q_OBJECT
 public:
     CheckBox(const QString& name, const QString& caption, QWidget* parent = nullptr);
-    std::string typeName() const override { return "CheckBox"; }
 
     std::function<void()> Click;
     std::int16_t value() const { return isChecked() ? 1 : 0; }
     void setValue(std::int16_t value) { setChecked(value != 0); }
 };
 
-class OptionButton : public WidgetStandIn<QRadioButton> {
+class OptionButton : public QRadioButton, public StandIn<> {
     Q_OBJECT
 public:
     OptionButton(const QString& name, const QString& caption, QWidget* parent = nullptr);
-    std::string typeName() const override { return "OptionButton"; }
 
     std::function<void()> Click;
     bool value() const { return isChecked(); }
     void setValue(bool value);
 };
 
-class CommandButton : public WidgetStandIn<QPushButton> {
+class CommandButton : public QPushButton, public StandIn<> {
     Q_OBJECT
 public:
     CommandButton(const QString& name, const QString& caption, QWidget* parent = nullptr);
-    std::string typeName() const override { return "CommandButton"; }
 
     std::function<void()> Click;
 };
