@@ -439,17 +439,16 @@ int main(int argc, char** argv)
                 lookup(collector.perMake, "make/sine 1 kHz") / 1000);
     std::printf("largest buffer (%ld samples) %.2f ms per make, target under 7 ms\n",
                 largest.samples, lookup(collector.perMake, "make/" + largest.name) / 1e6);
+    const auto perMake = [&](const Case& c) { return lookup(collector.perMake, "make/" + c.name); };
     const Case* slowest = nullptr;
     for (const Case& c : all)
-        if (c.precise && (slowest == nullptr || lookup(collector.perMake, "make/" + c.name) >
-                                                    lookup(collector.perMake, "make/" + slowest->name)))
-            slowest = &c;
+        if (c.precise && (slowest == nullptr || perMake(c) > perMake(*slowest))) slowest = &c;
     if (slowest != nullptr) {
         const double ns = lookup(collector.perSample, "make/" + slowest->name);
         std::printf("slowest precise loop: %s, %ld samples, %.2f ms per make (%.2f ms at this "
                     "speed for the 2,099,999-sample limit), target under 20 ms\n",
-                    slowest->name.c_str(), slowest->samples,
-                    lookup(collector.perMake, "make/" + slowest->name) / 1e6, ns * 2099999 / 1e6);
+                    slowest->name.c_str(), slowest->samples, perMake(*slowest) / 1e6,
+                    ns * 2099999 / 1e6);
     }
     benchmark::Shutdown();
     return 0;

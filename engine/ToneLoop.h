@@ -23,7 +23,9 @@ inline constexpr double kLoopFrequencyError = 1e-6;
 // the closest one within maxLength when none does. "Overflow" when no loop
 // of a whole cycle fits (a frequency below about rate / maxLength, or one
 // whose ratio to the rate has no 64-bit fraction); "Invalid procedure call"
-// for a frequency or rate that is not positive.
+// for a frequency or rate that is not positive. The loop found never needs
+// more than 1,000,000 samples above rate / 1,000,000 Hz: the last convergent
+// shorter than that misses by less than 1e-6 of a cycle, within both errors.
 ToneLoop preciseToneLoop(std::int32_t lSampleRate, float fFrequency, std::int32_t maxLength);
 
 }  // namespace synth
