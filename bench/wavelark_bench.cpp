@@ -1,5 +1,6 @@
-// Times glWaveOutMake for the signals the program makes most and for the
-// largest buffer it can make, next to two references over the same number of
+// Times glWaveOutMake for the signals the program makes most, for the
+// largest buffer it can make and for precise loops (the longest of which the
+// window waits for), next to two references over the same number of
 // samples: the floor (the bare float phase accumulator, the one sequential
 // part every tone needs) and two other synthesisers run as programs, with
 // their start-up time taken off. Prints ns per sample and the ratios, and the
@@ -20,6 +21,7 @@
 
 #include "base/Array.h"
 #include "engine/modWaveInOut.h"
+#include "engine/ToneLoop.h"
 #include "engine/modWaveInOutTesting.h"
 
 namespace {
@@ -44,8 +46,29 @@ struct Case {
     std::string peer;            // sine, square, triangle, noise or sweep
     double targetRatio = 1.5;    // most time per sample, in floors (0: none)
     bool exactOnly = false;      // the plain per-sample formulas only
+    bool precise = false;        // a continuous tone as a precise loop
+    std::int32_t rate = kDeviceRate;
+    float maximum = 20000;       // the device's highest frequency
     long samples = 0;            // per make, filled by the first make
 };
+
+// The frequency of the longest precise loop among 100,000 spaced evenly on a
+// log scale from 10 Hz to the maximum.
+float longestPreciseLoop(std::int32_t rate, float maximum)
+{
+    constexpr int kCount = 100000;
+    float longest = 10;
+    std::int32_t longestLength = 0;
+    for (int i = 0; i < kCount; ++i) {
+        const auto f = static_cast<float>(10 * std::pow(maximum / 10.0, i / (kCount - 1.0)));
+        const std::int32_t length = synth::preciseToneLoop(rate, f, 2099999).length;
+        if (length > longestLength) {
+            longest = f;
+            longestLength = length;
+        }
+    }
+    return longest;
+}
 
 // 23.7 s there and back from 20 Hz to 20 kHz: close to 2,099,999 samples.
 constexpr float kLargestDuration = 23.7f;
@@ -111,6 +134,28 @@ std::vector<Case> cases()
     plainSweep.exactOnly = true;
     plainSweep.targetRatio = 0;
     list.push_back(plainSweep);
+
+    // Precise loops: a short one, one of a second, and at each rate the
+    // longest found, whose make is the longest the window waits for.
+    auto precise = [&](std::string name, std::string shape, std::int16_t percent, float f,
+                       std::int32_t rate, float maximum) {
+        tone(std::move(name), std::move(shape), percent, f, "sine");
+        list.back().precise = true;
+        list.back().rate = rate;
+        list.back().maximum = maximum;
+        list.back().targetRatio = 0;
+    };
+    precise("precise sine 1 kHz", "Sine", 0, 1000, kDeviceRate, 20000);
+    precise("precise sine 997 Hz", "Sine", 0, 997, kDeviceRate, 20000);
+    for (const auto& [rate, maximum] : {std::pair{44100, 20000.0f}, {48000, 21768.0f},
+                                        {96000, 40000.0f}}) {
+        const float f = longestPreciseLoop(rate, maximum);
+        char at[64];
+        std::snprintf(at, sizeof at, " %.8g Hz at %d", f, rate);
+        precise(std::string("precise sine") + at, "Sine", 0, f, rate, maximum);
+        precise(std::string("precise triangle 30%") + at, "Triangle", 30, f, rate, maximum);
+        precise(std::string("precise mark/space 50%") + at, "MarkSpace", 50, f, rate, maximum);
+    }
     return list;
 }
 
@@ -118,8 +163,8 @@ void applyCase(const Case& c)
 {
     gWaveOutResetForTests();
     WaveOutDeviceInfo& info = gWaveOutInfo();
-    info.sampleRate = kDeviceRate;
-    info.frequencyMax = 20000;
+    info.sampleRate = c.rate;
+    info.frequencyMax = c.maximum;
     info.bits = 16;
     gWaveOutSetShape(c.shape);
     gWaveOutSetPercent(c.percent);
@@ -128,6 +173,7 @@ void applyCase(const Case& c)
                                     toBool16(c.bidirectional), c.steps, c.burstCycles,
                                     c.burstPeriod, error);
     gWaveOutUseExactSamplesForTests(toBool16(c.exactOnly));
+    gWaveOutSetPreciseLoop(toBool16(c.precise));
 }
 
 long makeOnce(rt::SampleArray& samples)
@@ -393,6 +439,17 @@ int main(int argc, char** argv)
                 lookup(collector.perMake, "make/sine 1 kHz") / 1000);
     std::printf("largest buffer (%ld samples) %.2f ms per make, target under 7 ms\n",
                 largest.samples, lookup(collector.perMake, "make/" + largest.name) / 1e6);
+    const auto perMake = [&](const Case& c) { return lookup(collector.perMake, "make/" + c.name); };
+    const Case* slowest = nullptr;
+    for (const Case& c : all)
+        if (c.precise && (slowest == nullptr || perMake(c) > perMake(*slowest))) slowest = &c;
+    if (slowest != nullptr) {
+        const double ns = lookup(collector.perSample, "make/" + slowest->name);
+        std::printf("slowest precise loop: %s, %ld samples, %.2f ms per make (%.2f ms at this "
+                    "speed for the 2,099,999-sample limit), target under 20 ms\n",
+                    slowest->name.c_str(), slowest->samples, perMake(*slowest) / 1e6,
+                    ns * 2099999 / 1e6);
+    }
     benchmark::Shutdown();
     return 0;
 }

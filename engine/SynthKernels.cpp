@@ -98,7 +98,9 @@ std::int16_t triangleSample(float phase, const ShapeParams& p)
 {
     float value;
     if (phase <= p.half)
-        value = divide(phase * p.ampF, p.half);
+        // Without a rise (a sawtooth) this is phase 0, which lies on the
+        // jump itself: its sample is the jump's middle.
+        value = p.half == 0 ? 0.0f : divide(phase * p.ampF, p.half);
     else if (phase <= p.riseEnd)
         value = divide((kPi - phase) * p.ampF, p.fall);
     else
@@ -107,6 +109,52 @@ std::int16_t triangleSample(float phase, const ShapeParams& p)
 }
 
 double fastSine(float phase) { return reducedSine(phase); }
+
+LoopParams loopParams(std::int16_t invertFactor, std::int32_t percent, const ToneLoop& loop)
+{
+    LoopParams p;
+    p.length = loop.length;
+    p.step = loop.cycles % loop.length;
+    p.amp = static_cast<std::int16_t>(invertFactor * kFullScale);
+    p.phaseScale = 2 * kPiD / loop.length;
+    const double share = static_cast<double>(percent) * loop.length;  // exact
+    p.half = share / 200;
+    p.centre = loop.length / 2.0;
+    p.fall = p.centre - p.half;
+    p.riseEnd = loop.length - p.half;
+    // share / 100 is exact when it is whole, so the floor never errs.
+    p.markEnd = static_cast<std::int32_t>(std::floor(share / 100));
+    return p;
+}
+
+std::int32_t positionRun(std::int32_t* positions, std::int32_t count, std::int32_t position,
+                         const LoopParams& p)
+{
+    for (std::int32_t i = 0; i < count; ++i) {
+        position += p.step;
+        if (position >= p.length) position -= p.length;
+        positions[i] = position;
+    }
+    return position;
+}
+
+std::int16_t sineSample(std::int32_t position, const LoopParams& p)
+{
+    return rt::toInt16(p.amp * std::sin(position * p.phaseScale));
+}
+
+std::int16_t triangleSample(std::int32_t position, const LoopParams& p)
+{
+    const double k = position;
+    double value;
+    if (k <= p.half)
+        value = p.half == 0 ? 0.0 : (k * p.amp) / p.half;  // a sawtooth's jump: its middle
+    else if (k <= p.riseEnd)
+        value = ((p.centre - k) * p.amp) / p.fall;
+    else
+        value = ((k - p.length) * p.amp) / p.half;
+    return rt::toInt16(value);
+}
 
 // ---- Blocks ---------------------------------------------------------------------
 // Several samples at a time in the compiler's vector types, which each build
@@ -153,9 +201,10 @@ struct SineGroup {
     D8 worst = {};  // the largest distance from a whole number met
     D8 probe = {};
 
-    SYNTH_INLINE S8 operator()(F8 phases)
+    SYNTH_INLINE S8 operator()(F8 phases) { return sineOf(__builtin_convertvector(phases, D8)); }
+
+    SYNTH_INLINE S8 sineOf(D8 x)
     {
-        const D8 x = __builtin_convertvector(phases, D8);
         const D8 t = x - kPiD;
         const D8 at = absD(t);
         const D8 mirrored = kPiD - at;
@@ -183,44 +232,84 @@ struct SineGroup {
     }
 };
 
-struct TriangleGroup {
+// The triangle over eight lanes of phases (float, or a precise loop's
+// positions in double), with the exact forms' operations. `centre` is where
+// the fall crosses 0 and `cycle` the phase of a whole cycle.
+template <class Value, class Mask, class Scalar, Scalar kRound>
+struct TriangleLanes {
     static constexpr int kLanes = 8;
-    using Phases = F8;
     using Samples = S8;
 
-    float ampF, half, fall, riseEnd;
-    F8 lowest = {};  // the smallest and largest quotients met
-    F8 highest = {};
-    F8 probe = {};
+    Scalar amp, half, fall, riseEnd, centre, cycle;
+    Value lowest = {};  // the smallest and largest quotients met
+    Value highest = {};
+    Value probe = {};
 
-    explicit TriangleGroup(const ShapeParams& p)
-        : ampF(p.ampF), half(p.half), fall(p.fall), riseEnd(p.riseEnd)
-    {
-    }
-
-    SYNTH_INLINE S8 operator()(F8 phase)
+    SYNTH_INLINE S8 samplesAt(Value phase)
     {
         // Each branch's operand is chosen first and then multiplied: the
         // multiplication that branch makes.
-        const I8 rising = phase <= half;
-        const I8 falling = phase <= riseEnd;
-        const F8 later = falling ? kPi - phase : phase - kTwoPi;
-        const F8 operand = rising ? phase : later;
-        const F8 halves = F8{} + half;
-        const F8 denominator = rising ? halves : (falling ? F8{} + fall : halves);
-        const F8 q = (operand * ampF) / denominator;
+        const Mask rising = phase <= half;
+        const Mask falling = phase <= riseEnd;
+        const Value later = falling ? centre - phase : phase - cycle;
+        const Value operand = rising ? phase : later;
+        const Value halves = Value{} + half;
+        const Value denominator = rising ? halves : (falling ? Value{} + fall : halves);
+        Value q = (operand * amp) / denominator;
+        if (half == 0) q = rising ? Value{} : q;  // a sawtooth's jump, as in the exact forms
         lowest = q >= lowest ? lowest : q;
         highest = q <= highest ? highest : q;
         probe = probe + (q - q);
-        const F8 r = (q + kRoundF) - kRoundF;
+        const Value r = (q + kRound) - kRound;
         return __builtin_convertvector(__builtin_convertvector(r, I8), S8);
     }
     // Every quotient rounds to a 16-bit whole number.
     bool ok() const
     {
         for (int j = 0; j < kLanes; ++j)
-            if (!(lowest[j] >= -32768.5f && highest[j] < 32767.5f && probe[j] == 0)) return false;
+            if (!(lowest[j] >= Scalar(-32768.5) && highest[j] < Scalar(32767.5) && probe[j] == 0))
+                return false;
         return true;
+    }
+};
+
+struct TriangleGroup : TriangleLanes<F8, I8, float, kRoundF> {
+    using Phases = F8;
+
+    explicit TriangleGroup(const ShapeParams& p)
+        : TriangleLanes{p.ampF, p.half, p.fall, p.riseEnd, kPi, kTwoPi}
+    {
+    }
+
+    SYNTH_INLINE S8 operator()(F8 phase) { return samplesAt(phase); }
+};
+
+// A precise loop's sine at its positions.
+struct LoopSineGroup : SineGroup {
+    using Phases = I8;
+
+    double phaseScale;
+
+    explicit LoopSineGroup(const LoopParams& p) : SineGroup{p.amp}, phaseScale(p.phaseScale) {}
+
+    SYNTH_INLINE S8 operator()(I8 positions)
+    {
+        return sineOf(__builtin_convertvector(positions, D8) * phaseScale);
+    }
+};
+
+// A precise loop's triangle at its positions, in double.
+struct LoopTriangleGroup : TriangleLanes<D8, L8, double, kRoundD> {
+    using Phases = I8;
+
+    explicit LoopTriangleGroup(const LoopParams& p)
+        : TriangleLanes{p.amp, p.half, p.fall, p.riseEnd, p.centre, static_cast<double>(p.length)}
+    {
+    }
+
+    SYNTH_INLINE S8 operator()(I8 positions)
+    {
+        return samplesAt(__builtin_convertvector(positions, D8));
     }
 };
 
@@ -242,10 +331,31 @@ struct MarkSpaceGroup {
     bool ok() const { return true; }
 };
 
+struct LoopMarkSpaceGroup {
+    static constexpr int kLanes = 16;
+    using Phases = I16;
+    using Samples = S16;
+
+    std::int32_t markEnd;
+    std::int32_t amp;
+
+    explicit LoopMarkSpaceGroup(const LoopParams& p)
+        : markEnd(p.markEnd), amp(static_cast<std::int32_t>(p.amp))
+    {
+    }
+
+    SYNTH_INLINE S16 operator()(I16 positions)
+    {
+        const I16 value = positions <= markEnd ? I16{} + amp : I16{} - amp;
+        return __builtin_convertvector(value, S16);
+    }
+    bool ok() const { return true; }
+};
+
 // Runs `shape` over count phases, a group at a time, and tells whether every
 // sample can be used.
-template <class Shape>
-SYNTH_INLINE bool groups(const float* phases, std::int16_t* out, std::int32_t count, Shape& shape)
+template <class Shape, class Phase>
+SYNTH_INLINE bool groups(const Phase* phases, std::int16_t* out, std::int32_t count, Shape& shape)
 {
     constexpr int kLanes = Shape::kLanes;
     using Phases = typename Shape::Phases;
@@ -261,7 +371,7 @@ SYNTH_INLINE bool groups(const float* phases, std::int16_t* out, std::int32_t co
         // The last group is filled up with copies of its last phase, which
         // cannot fail unless that one does.
         const std::int32_t rest = count - i;
-        float lanes[kLanes];
+        Phase lanes[kLanes];
         for (std::int32_t j = 0; j < kLanes; ++j) lanes[j] = phases[i + std::min(j, rest - 1)];
         Phases group;
         std::memcpy(&group, lanes, sizeof group);
@@ -296,6 +406,30 @@ void markSpaceBlock(const float* phases, std::int16_t* out, std::int32_t count,
 {
     MarkSpaceGroup shape(p);
     groups(phases, out, count, shape);
+}
+
+SYNTH_CLONES
+bool sineBlock(const std::int32_t* positions, std::int16_t* out, std::int32_t count,
+               const LoopParams& p)
+{
+    LoopSineGroup shape(p);
+    return groups(positions, out, count, shape);
+}
+
+SYNTH_CLONES
+bool triangleBlock(const std::int32_t* positions, std::int16_t* out, std::int32_t count,
+                   const LoopParams& p)
+{
+    LoopTriangleGroup shape(p);
+    return groups(positions, out, count, shape);
+}
+
+SYNTH_CLONES
+void markSpaceBlock(const std::int32_t* positions, std::int16_t* out, std::int32_t count,
+                    const LoopParams& p)
+{
+    LoopMarkSpaceGroup shape(p);
+    groups(positions, out, count, shape);
 }
 
 namespace {

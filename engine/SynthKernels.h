@@ -1,6 +1,7 @@
 #pragma once
 // The signal engine's per-sample arithmetic: the phase accumulator, the four
-// shapes and the noise source, each in two forms.
+// shapes and the noise source, each in two forms, and the shapes of a
+// precise loop.
 //  - The exact form computes one sample with the run-time's rules (32-bit
 //    float where the generator works in Single, double where a Long meets a
 //    Single, round half to even, run-time errors for division by zero and
@@ -14,6 +15,7 @@
 #include <cstdint>
 
 #include "base/RuntimeError.h"
+#include "engine/ToneLoop.h"
 
 namespace synth {
 
@@ -96,6 +98,50 @@ bool triangleBlock(const float* phases, std::int16_t* out, std::int32_t count,
                    const ShapeParams& p);
 void markSpaceBlock(const float* phases, std::int16_t* out, std::int32_t count,
                     const ShapeParams& p);
+
+// ---- Precise loops ----------------------------------------------------------
+// A precise loop (ToneLoop.h) needs no phase accumulator: sample i (from 1)
+// lies at position (cycles x i) mod length of the loop's length positions,
+// which is the phase 2*pi x position / length without any rounding, and the
+// shapes are worked out in double from that position. The same two forms:
+// the exact one defines every sample, and a block hands back what it could
+// get wrong, as above.
+
+struct LoopParams {
+    std::int32_t step = 0;       // positions advanced per sample: cycles mod length
+    std::int32_t length = 1;
+    double amp = kFullScale;     // invert factor x 32767
+    double phaseScale = 0;       // radian per position: 2*pi / length
+    // The triangle in positions: it rises from 0 to amp over [0, half],
+    // falls through 0 at centre to -amp at riseEnd and rises back to 0.
+    double half = 0;             // percent x length / 200
+    double centre = 0;           // length / 2
+    double fall = 0;             // centre - half
+    double riseEnd = 0;          // length - half
+    std::int32_t markEnd = 0;    // the mark's last position: percent x length / 100, down
+};
+LoopParams loopParams(std::int16_t invertFactor, std::int32_t percent, const ToneLoop& loop);
+
+// Advances the position count times, storing every new one; returns the last.
+std::int32_t positionRun(std::int32_t* positions, std::int32_t count, std::int32_t position,
+                         const LoopParams& p);
+
+// Exact samples at a position.
+std::int16_t sineSample(std::int32_t position, const LoopParams& p);
+std::int16_t triangleSample(std::int32_t position, const LoopParams& p);
+inline std::int16_t markSpaceSample(std::int32_t position, const LoopParams& p)
+{
+    const auto amp = static_cast<std::int16_t>(p.amp);
+    return position <= p.markEnd ? amp : static_cast<std::int16_t>(-amp);
+}
+
+// Block samples at positions, as above.
+bool sineBlock(const std::int32_t* positions, std::int16_t* out, std::int32_t count,
+               const LoopParams& p);
+bool triangleBlock(const std::int32_t* positions, std::int16_t* out, std::int32_t count,
+                   const LoopParams& p);
+void markSpaceBlock(const std::int32_t* positions, std::int16_t* out, std::int32_t count,
+                    const LoopParams& p);
 
 // The sine's block form without the exactness check: the polynomial value of
 // sin(phase) it rounds. Tests measure its error against the library sine.

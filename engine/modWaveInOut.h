@@ -59,6 +59,13 @@ void gWaveOutSetShape(const std::string& sShape);
 void gWaveOutSetPercent(std::int16_t nPercent);
 // True inverts the signal (amplitude -32767).
 void gWaveOutSetInvert(Bool16 bInvert);
+// True makes a continuous tone a precise loop: as many cycles as it takes,
+// up to the buffer's 2,099,999 samples, for the loop to close within
+// 1e-5 radian and play the frequency set within 1 ppm, each sample worked
+// out from the exact ratio of cycles to samples. False (the default) keeps
+// the loop of at most 32,767 cycles that closes within 0.005 radian. Sweeps,
+// bursts and noise are the same either way. Takes effect at the next make.
+void gWaveOutSetPreciseLoop(Bool16 bPrecise);
 // Stores the tone, sweep and burst settings. A frequency 1 out of range
 // stores nothing; a frequency 2 (0 = no sweep) out of range stores only
 // frequency 1. The burst period (ms) is kept as a 16-bit number.
@@ -87,6 +94,11 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError);
 std::int32_t glWaveOutMakeSweep(std::int32_t lSampleRate, ErrorFlag& bError);
 // A whole number nLow..nHigh, uniformly drawn.
 std::int16_t gnRandomInteger(std::int16_t nLow, std::int16_t nHigh);
+// The frequency the last made continuous tone plays when looped: rate x
+// cycles / length of its buffer (440.022 Hz for 440 Hz at 44.1 kHz without
+// the precise loop, 440 with it). 0 when the last make made a sweep, a
+// burst, noise or silence, or failed.
+double gfWaveOutFrequencyPlayed();
 
 // ---- Playback ----------------------------------------------------------------
 // Two output headers of 4,200,000 bytes each take turns: a change is loaded

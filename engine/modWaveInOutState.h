@@ -37,7 +37,9 @@ struct Generator {
     std::int16_t sweepSteps = 0;
     float burstCycles = 0;             // <= 0: continuous
     std::int16_t burstPeriod = 0;      // ms
+    bool preciseLoop = false;          // a continuous tone as a precise loop (ToneLoop.h)
     SampleStore samples;
+    double playedFrequency = 0;        // Hz, of the tone last made; 0: not a tone
     std::uint64_t randomCounter = 0;   // the noise source's position
     bool exactSamplesOnly = false;     // no vectorised blocks (tests compare the two)
 };

@@ -7,6 +7,7 @@
 #include "base/NumberText.h"
 #include "base/RuntimeError.h"
 #include "engine/SynthKernels.h"
+#include "engine/ToneLoop.h"
 #include "engine/modLog10.h"
 #include "engine/modWaveInOutState.h"
 
@@ -49,6 +50,8 @@ void gWaveOutSetShape(const std::string& sShape)
 void gWaveOutSetPercent(std::int16_t nPercent) { gState.generator.percent = nPercent; }
 
 void gWaveOutSetInvert(Bool16 bInvert) { gState.generator.invert = bInvert ? -1 : 1; }
+
+void gWaveOutSetPreciseLoop(Bool16 bPrecise) { gState.generator.preciseLoop = bPrecise != kFalse; }
 
 void gWaveOutSetFrequency1SweepBurst(float fFrequency1, float fFrequency2, float fDuration,
                                      Bool16 bLogarithmic, Bool16 bBidirectional,
@@ -129,10 +132,12 @@ std::int32_t glWaveOutMakeSetFormatEx(std::int16_t nBits, rt::SampleArray& anSam
 
 namespace {
 
-// The shape of one block of phases; false when the block must be recomputed
+// The shape of one block of phases (float phases with ShapeParams, a precise
+// loop's positions with LoopParams); false when the block must be recomputed
 // with the exact formulas.
-bool blockSamples(Shape shape, const synth::ShapeParams& params, const float* phases,
-                  std::int16_t* out, std::int32_t count)
+template <class Phase, class Params>
+bool blockSamples(Shape shape, const Params& params, const Phase* phases, std::int16_t* out,
+                  std::int32_t count)
 {
     switch (shape) {
     case Shape::Triangle: return synth::triangleBlock(phases, out, count, params);
@@ -141,7 +146,8 @@ bool blockSamples(Shape shape, const synth::ShapeParams& params, const float* ph
     }
 }
 
-std::int16_t exactSample(Shape shape, const synth::ShapeParams& params, float phase)
+template <class Phase, class Params>
+std::int16_t exactSample(Shape shape, const Params& params, Phase phase)
 {
     switch (shape) {
     case Shape::Triangle: return synth::triangleSample(phase, params);
@@ -254,6 +260,47 @@ std::int32_t mlPtrEndInTolerance(std::int32_t lSampleRate, float fFrequency, flo
     });
     return result;
 }
+
+namespace {
+
+// Writes the whole precise loop from index 1, a block at a time: the
+// positions first, then the shape over the block.
+void writeLoop(Shape shape, const synth::LoopParams& params)
+{
+    SampleStore& samples = gState.generator.samples;
+    const bool exactOnly = gState.generator.exactSamplesOnly;
+    std::int32_t positions[kBlock];
+    std::int32_t position = 0;
+    for (std::int32_t first = 1; first <= params.length; first += kBlock) {
+        const std::int32_t count = std::min(kBlock, params.length - first + 1);
+        position = synth::positionRun(positions, count, position, params);
+        std::int16_t* out = samples.beginWrite(first, count);
+        if (exactOnly || !blockSamples(shape, params, positions, out, count))
+            for (std::int32_t j = 0; j < count; ++j)
+                out[j] = exactSample(shape, params, positions[j]);
+        samples.endWrite(first + count - 1);
+    }
+}
+
+// Writes the continuous tone at fFrequency as a precise loop from index 1 of
+// the engine's buffer and returns its length.
+std::int32_t mlWaveOutMakePreciseLoop(std::int32_t lSampleRate, float fFrequency,
+                                      ErrorFlag& bError)
+{
+    Generator& generator = gState.generator;
+    synth::ToneLoop loop;
+    rt::Trap trap(kModule, "mlWaveOutMakePreciseLoop", bError);
+    trap.step(
+        [&] { loop = synth::preciseToneLoop(lSampleRate, fFrequency, kDimension); });
+    trap.step([&] {
+        if (loop.length < 1) return;  // an ignored failure of the search
+        if (generator.invert == 0) generator.invert = 1;
+        writeLoop(generator.shape, synth::loopParams(generator.invert, generator.percent, loop));
+    });
+    return loop.length;
+}
+
+}  // namespace
 
 std::int16_t gnRandomInteger(std::int16_t nLow, std::int16_t nHigh)
 {
@@ -392,6 +439,16 @@ void copyOut(rt::SampleArray& anSamples)
     anSamples.items().assign(samples.begin(), samples.end());
 }
 
+// The frequency a buffer of lLength samples at lSampleRate plays, looped,
+// when it holds whole cycles of fFrequency: their count is the nearest whole
+// number, which both kinds of loop come far closer to than half a cycle.
+double mfLoopFrequency(std::int32_t lSampleRate, float fFrequency, std::int32_t lLength)
+{
+    if (lLength < 1) return 0;  // an ignored failure left no loop
+    const double cycles = std::round(static_cast<double>(lLength) * fFrequency / lSampleRate);
+    return lSampleRate * cycles / lLength;
+}
+
 void makeNoise()
 {
     Generator& generator = gState.generator;
@@ -411,8 +468,10 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError)
     std::int32_t lLength = 0;
     bool silence = false;
     bool burst = false;
+    bool tone = false;
     rt::Trap trap(kModule, "glWaveOutMake", bError);
     trap.step([&] {
+        generator.playedFrequency = 0;
         lSampleRate = deviceRate;
         silence = generator.frequency1 == 0;
         // Silence keeps the length of the last signal.
@@ -435,6 +494,12 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError)
             return;
         }
         burst = generator.burstCycles > 0;
+        tone = !burst;
+        if (tone && generator.preciseLoop) {
+            lLength = mlWaveOutMakePreciseLoop(lSampleRate, frequency1, bError);
+            leaveOnError(trap, bError);
+            return;
+        }
         if (burst) {
             const double samples = static_cast<double>(generator.burstCycles) * lSampleRate;
             lLength = rt::toInt32(synth::divide(samples, double{frequency1}));
@@ -460,6 +525,10 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError)
     trap.step([&] {
         generator.samples.redimPreserve(lLength);
         copyOut(anSamples);
+        if (tone)
+            generator.playedFrequency = mfLoopFrequency(lSampleRate, generator.frequency1, lLength);
     });
     return lSampleRate;
 }
+
+double gfWaveOutFrequencyPlayed() { return gState.generator.playedFrequency; }

@@ -17,6 +17,7 @@ WaveOutGenerator gWaveOutGeneratorForTests()
     view.sweepSteps = generator.sweepSteps;
     view.burstCycles = generator.burstCycles;
     view.burstPeriod = generator.burstPeriod;
+    view.preciseLoop = toBool16(generator.preciseLoop);
     return view;
 }
 

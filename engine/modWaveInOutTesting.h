@@ -27,6 +27,7 @@ struct WaveOutGenerator {
     std::int16_t sweepSteps = 0;
     float burstCycles = 0;
     std::int16_t burstPeriod = 0;
+    Bool16 preciseLoop = kFalse;
 };
 WaveOutGenerator gWaveOutGeneratorForTests();
 // The engine's buffer as it stands (element 0 is sample 1).

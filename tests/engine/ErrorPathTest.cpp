@@ -84,34 +84,30 @@ TEST_F(ErrorPathTest, LogarithmOfZeroOrLessIsReportedWithItsArgument)
     expectReport(1, "modLog10.gfLog10", "fIn(-2,5) <= 0");
 }
 
-TEST_F(ErrorPathTest, SawtoothWhosePhaseWrapsToZeroDividesZeroByZero)
+TEST_F(ErrorPathTest, SegmentFromBeforeTheBufferRetriesThenIgnoresThatSample)
 {
-    // A quarter of the rate: the phase returns to exactly 0 at the 4th sample,
-    // where a 0 % triangle computes 0 x amp / 0.
-    gWaveOutSetShape("Triangle");
-    gWaveOutSetPercent(0);
+    // A quarter of the rate: four samples at phase steps of a quarter cycle.
+    gWaveOutSetShape("Sine");
     settings(11025);
-
-    answer({rt::kAnswerAbort});
     rt::SampleArray samples;
     ErrorFlag error = kFalse;
     glWaveOutMake(samples, error);
-    EXPECT_EQ(error, kTrue);
-    ASSERT_EQ(host.boxes.size(), 1u);
-    expectReport(0, "modWaveInOut.mWaveOutMakeOneFrequency", "Overflow");
-
-    // Retry meets the same sample again; Ignore leaves it silent and goes on.
-    host.boxes.clear();
-    answer({rt::kAnswerRetry, rt::kAnswerIgnore});
-    error = kFalse;
-    EXPECT_EQ(glWaveOutMake(samples, error), 44100);
-    EXPECT_EQ(error, kFalse);
-    EXPECT_EQ(host.boxes.size(), 2u);
     ASSERT_EQ(samples.size(), 4);
-    EXPECT_EQ(samples(4), 0);
-    EXPECT_NEAR(samples(1), 16383.5, 1);  // a falling ramp through 0 at half the cycle
-    EXPECT_EQ(samples(2), 0);
-    EXPECT_NEAR(samples(3), -16383.5, 1);
+
+    // Index 0 lies outside the buffer: Retry meets it again, Ignore steps
+    // over it, its phase step included, and the segment goes on.
+    answer({rt::kAnswerRetry, rt::kAnswerIgnore});
+    float phase = 0;
+    mWaveOutMakeOneFrequency(11025, 44100, 0, 4, phase, error);
+    EXPECT_EQ(error, kFalse);
+    ASSERT_EQ(host.boxes.size(), 2u);
+    expectReport(1, "modWaveInOut.mWaveOutMakeOneFrequency", "Subscript out of range");
+    const auto buffer = gWaveOutBufferForTests();
+    ASSERT_EQ(buffer.size(), 4u);
+    EXPECT_EQ(buffer[0], 0);       // half a cycle
+    EXPECT_EQ(buffer[1], -32767);  // three quarters
+    EXPECT_EQ(buffer[2], 0);       // the whole cycle
+    EXPECT_EQ(buffer[3], 32767);   // a quarter into the next
 }
 
 TEST_F(ErrorPathTest, BurstPeriodBeyondSixteenBitsIsAnOverflow)

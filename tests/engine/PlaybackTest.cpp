@@ -69,6 +69,23 @@ TEST_F(PlaybackTest, AFreshHeaderIsNeverWaitedForAndAUsedOneOnlyToTheEndOfItsPas
     EXPECT_TRUE(playsLooped(heard, a.size() + b.size(), framesIn(50), c));
 }
 
+TEST_F(PlaybackTest, APreciseLoopTakesOverAtThePassEndAndRepeatsWithoutAGap)
+{
+    tone(997);
+    const auto a = change("Open");
+    host.sleep(5);
+    gWaveOutSetPreciseLoop(kTrue);
+    const auto b = change("");
+    ASSERT_EQ(b.size(), 44100u);  // 997 whole cycles in a second
+    host.sleep(2100);
+    close(true);
+
+    const auto heard = played();
+    const std::size_t passEnd = (framesIn(5) / a.size() + 1) * a.size();
+    EXPECT_TRUE(playsLooped(heard, 0, passEnd, a));
+    EXPECT_TRUE(playsLooped(heard, passEnd, framesIn(2100), b));
+}
+
 TEST_F(PlaybackTest, LoopCountZeroPlaysForEver)
 {
     tone(1000);
