@@ -5,6 +5,8 @@
 #include <thread>
 
 #include <QLocale>
+#include <QProcess>
+#include <QStandardPaths>
 
 namespace host {
 
@@ -51,6 +53,21 @@ void SystemHost::saveSetting(const std::string& appKey, const std::string& secti
                              const std::string& key, const std::string& value)
 {
     settings_.save(appKey, section, key, value);
+}
+
+std::int32_t SystemHost::openAddress(const std::string& address)
+{
+    const bool started = QProcess::startDetached("xdg-open", {QString::fromStdString(address)});
+    return started ? kOpenDone : kOpenNoAssociation;
+}
+
+bool SystemHost::startSystemInfo()
+{
+    for (const char* name : kSystemInfoPrograms) {
+        const QString program = QStandardPaths::findExecutable(name);
+        if (!program.isEmpty()) return QProcess::startDetached(program, {});
+    }
+    return false;
 }
 
 }  // namespace host

@@ -73,4 +73,17 @@ void ScriptedHost::saveSetting(const std::string& appKey, const std::string& sec
     settings_.save(appKey, section, key, value);
 }
 
+std::int32_t ScriptedHost::openAddress(const std::string& address)
+{
+    openedAddresses.push_back(address);
+    return openAddressResult;
+}
+
+bool ScriptedHost::startSystemInfo()
+{
+    if (!systemInfoInstalled) return false;
+    ++systemInfoStarts;
+    return true;
+}
+
 }  // namespace testing_support

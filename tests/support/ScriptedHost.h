@@ -6,6 +6,8 @@
 // folder. The clock is real by default; in simulated time the tick count
 // stands still until something sleeps, and each sleep advances it by exactly
 // that long and tells the listeners (the virtual sound card follows it).
+// Addresses and the system-information program are recorded, never opened
+// or started; their answers are set by the test.
 // Installed for the life of the object.
 #include <cstdint>
 #include <deque>
@@ -48,6 +50,14 @@ public:
     std::vector<std::function<void(std::uint32_t)>> sleepListeners;
     std::uint64_t sleptMs = 0;
 
+    // Every address opened, and what opening one answers.
+    std::vector<std::string> openedAddresses;
+    std::int32_t openAddressResult = host::kOpenDone;
+    // How often the system-information program was started, and whether one
+    // is installed.
+    int systemInfoStarts = 0;
+    bool systemInfoInstalled = true;
+
     const std::string& settingsFolder() const { return settingsFolder_; }
     host::SettingsStore& settings() { return settings_; }
 
@@ -61,6 +71,8 @@ public:
                            const std::string& key, const std::string& defaultValue) override;
     void saveSetting(const std::string& appKey, const std::string& section,
                      const std::string& key, const std::string& value) override;
+    std::int32_t openAddress(const std::string& address) override;
+    bool startSystemInfo() override;
 
 private:
     std::string settingsFolder_;
