@@ -1,5 +1,7 @@
 #include "base/RuntimeError.h"
 
+#include <cerrno>
+
 namespace rt {
 
 std::string standardDescription(std::int32_t number)
@@ -38,6 +40,24 @@ void raise(std::int32_t number) { throw RuntimeError(number); }
 void raise(std::int32_t number, std::string description, std::int32_t osError)
 {
     throw RuntimeError(number, std::move(description), osError);
+}
+
+std::int32_t fileErrorNumber(int osError)
+{
+    switch (osError) {
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG: return kErrDiskFull;
+    case ENOENT:
+    case ENOTDIR: return kErrPathNotFound;
+    default: return kErrPathFileAccess;
+    }
+}
+
+void raiseFileError(int osError)
+{
+    const std::int32_t number = fileErrorNumber(osError);
+    raise(number, standardDescription(number), osError);
 }
 
 }  // namespace rt

@@ -48,4 +48,11 @@ private:
 [[noreturn]] void raise(std::int32_t number);
 [[noreturn]] void raise(std::int32_t number, std::string description, std::int32_t osError = 0);
 
+// The error a failed file operation's OS error (errno) stands for: Disk
+// full for no space, an exceeded quota or file size limit; Path not found
+// for a missing folder; Path/File access error for anything else.
+std::int32_t fileErrorNumber(int osError);
+// Raises that error with its standard description and the OS error.
+[[noreturn]] void raiseFileError(int osError);
+
 }  // namespace rt

@@ -33,8 +33,9 @@
 #include "base/Trap.h"
 #include "engine/modWaveInOut.h"
 #include "platform/HostServices.h"
+#include "platform/SystemHost.h"
 #include "platform/WaveApi.h"
-#include "platform/loopback/VirtualCard.h"
+#include "platform/loopback/VirtualCardTesting.h"
 #include "tests/support/PassWalk.h"
 
 extern char** environ;
@@ -57,9 +58,9 @@ std::int16_t printError(const std::string& module, const std::string& procedure,
     return rt::kAnswerAbort;
 }
 
-// A host whose clock moves only when the program sleeps, driving the
-// virtual card by the same amount.
-class SimulatedHost : public host::HostServices {
+// The system host with a clock that moves only when the program sleeps,
+// driving the virtual card by the same amount.
+class SimulatedHost : public host::SystemHost {
 public:
     std::int16_t msgBox(const std::string& text, std::int32_t style, const std::string& title) override
     {
@@ -73,16 +74,6 @@ public:
     {
         tick_ += milliseconds;
         mm::loopback::advance(milliseconds);
-    }
-    std::optional<std::string> localeInfo(host::LocaleItem) override { return std::nullopt; }
-    std::string getSetting(const std::string&, const std::string&, const std::string&,
-                           const std::string& defaultValue) override
-    {
-        return defaultValue;
-    }
-    void saveSetting(const std::string&, const std::string&, const std::string&,
-                     const std::string&) override
-    {
     }
     int boxes = 0;
 

@@ -4,18 +4,15 @@
 #include "engine/modWaveInOut.h"
 #include "mixer/modMixer.h"
 
-WaveDeviceSearch gWaveOutThereSearch = &gbWaveOutThere;
-WaveDeviceSearch gWaveInThereSearch = &gbWaveInThere;
-
 Bool16 gbWaveInOutMixerThere(Bool16 bInputRequired, std::string& sMixerReport, ErrorFlag& bError)
 {
     Bool16 there = kFalse;
     rt::Trap trap("modWaveInOut", "gbWaveInOutMixerThere", bError);
     trap.step([&] {
-        if (!gWaveOutThereSearch(bError) || bError) trap.leave();
+        if (!gbWaveOutThere(bError) || bError) trap.leave();
     });
     trap.step([&] {
-        const Bool16 input = gWaveInThereSearch(bError);
+        const Bool16 input = gbWaveInThere(bError);
         if ((!input && bInputRequired) || bError) trap.leave();
     });
     trap.step([&] { there = gbMixerThereInit(sMixerReport, bError); });

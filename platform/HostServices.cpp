@@ -26,6 +26,20 @@ const bool gDecimalCharSourceSet = (rt::setDecimalCharSource(&hostDecimalChar), 
 
 }  // namespace
 
+std::string HostServices::getSetting(const std::string& appKey, const std::string& section,
+                                     const std::string& key, const std::string& defaultValue)
+{
+    return openSettings(appKey, section)->get(key, defaultValue);
+}
+
+void HostServices::saveSetting(const std::string& appKey, const std::string& section,
+                               const std::string& key, const std::string& value)
+{
+    const std::unique_ptr<SettingsBatch> batch = openSettings(appKey, section);
+    batch->save(key, value);
+    batch->commit();
+}
+
 std::int32_t HostServices::openAddress(const std::string&) { return kOpenNoAssociation; }
 bool HostServices::startSystemInfo() { return false; }
 

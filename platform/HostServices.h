@@ -4,6 +4,7 @@
 // windows can be tested: the program installs the Qt host, tests install a
 // scripted one (tests/support/ScriptedHost.h).
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -51,6 +52,29 @@ enum class LocaleItem : std::int32_t {
     DecimalSeparator = 14,  // normally one character
 };
 
+// The kernel's release ("6.1.0-27-amd64") and version text, as uname gives
+// them.
+struct SystemVersion {
+    std::string release;
+    std::string version;
+};
+
+// One session of the settings store on an application key and section: the
+// store is read once when the batch opens; get() answers from that reading,
+// with the batch's own saves over it; commit() writes every save since the
+// last commit in one go. The file is replaced whole, so a failed commit
+// leaves it as it was and raises a run-time file error (61 disk full, 75
+// path/file access) into the caller's trap; the saves stay in the batch, so
+// a retry writes them again. Saves not committed when the batch goes are
+// dropped.
+class SettingsBatch {
+public:
+    virtual ~SettingsBatch() = default;
+    virtual std::string get(const std::string& key, const std::string& defaultValue) = 0;
+    virtual void save(const std::string& key, const std::string& value) = 0;
+    virtual void commit() = 0;
+};
+
 class HostServices {
 public:
     virtual ~HostServices() = default;
@@ -65,12 +89,22 @@ public:
     virtual void sleep(std::uint32_t milliseconds) = 0;
     // One item of the user's locale; no value when it cannot be read.
     virtual std::optional<std::string> localeInfo(LocaleItem item) = 0;
+    // The running kernel; no value when it cannot be read.
+    virtual std::optional<SystemVersion> systemVersion() = 0;
+    // The program's own file (the error log goes beside it when it can).
+    virtual std::string programPath() = 0;
+
     // Per-user settings: string values addressed by application key, section
-    // and key; the default comes back for a key that is not there.
-    virtual std::string getSetting(const std::string& appKey, const std::string& section,
-                                   const std::string& key, const std::string& defaultValue) = 0;
-    virtual void saveSetting(const std::string& appKey, const std::string& section,
-                             const std::string& key, const std::string& value) = 0;
+    // and key; the default comes back for a key that is not there. A batch
+    // reads and writes many values in one go (opening an unreadable store
+    // raises a run-time file error); the two one-value calls below make a
+    // batch of their own.
+    virtual std::unique_ptr<SettingsBatch> openSettings(const std::string& appKey,
+                                                        const std::string& section) = 0;
+    std::string getSetting(const std::string& appKey, const std::string& section,
+                           const std::string& key, const std::string& defaultValue);
+    void saveSetting(const std::string& appKey, const std::string& section,
+                     const std::string& key, const std::string& value);
     // Opens an address in the user's browser: kOpenDone, or a failure code
     // below it. A host that offers no browser answers kOpenNoAssociation.
     virtual std::int32_t openAddress(const std::string& address);

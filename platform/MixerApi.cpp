@@ -8,10 +8,7 @@
 #include <string>
 
 #include "platform/MixerBackend.h"
-#include "platform/WaveBackend.h"
-#include "platform/alsa/AlsaMixer.h"
-#include "platform/loopback/VirtualCard.h"
-#include "platform/loopback/VirtualMixer.h"
+#include "platform/SoundBackends.h"
 
 namespace mm {
 
@@ -42,6 +39,8 @@ Handles& handles()
     return table;
 }
 
+backend::MixerBackend& activeMixers() { return backend::activeSoundBackend().mixer(); }
+
 HMIXER newHandle()
 {
     HMIXER& next = handles().next;
@@ -67,7 +66,7 @@ public:
             session_ = found->second.get();
             return MMSYSERR_NOERROR;
         }
-        if (MMRESULT result = backend::activeMixerBackend().open(object, own_)) return result;
+        if (MMRESULT result = activeMixers().open(object, own_)) return result;
         session_ = own_.get();
         return MMSYSERR_NOERROR;
     }
@@ -231,14 +230,14 @@ MMRESULT splitFlags(DWORD flags, DWORD& query, DWORD& object)
 
 }  // namespace
 
-UINT mixerGetNumDevs() { return backend::activeMixerBackend().count(); }
+UINT mixerGetNumDevs() { return activeMixers().count(); }
 
 MMRESULT mixerGetDevCapsA(UINT mixerId, MIXERCAPSA* caps, UINT capsSize)
 {
     if (caps == nullptr || capsSize < sizeof(MIXERCAPSA)) return MMSYSERR_INVALPARAM;
     std::lock_guard lock(handles().mutex);
     std::unique_ptr<MixerSession> session;
-    if (MMRESULT result = backend::activeMixerBackend().open(mixerId, session)) return result;
+    if (MMRESULT result = activeMixers().open(mixerId, session)) return result;
     const MixerModel& model = session->model();
     MIXERCAPSA filled;
     filled.wMid = model.mid;
@@ -258,7 +257,7 @@ MMRESULT mixerOpen(HMIXER* handle, UINT mixerId, DWORD_PTR /*callback*/, DWORD_P
     if (flags != (CALLBACK_NULL | MIXER_OBJECTF_MIXER)) return MMSYSERR_INVALFLAG;
     std::lock_guard lock(handles().mutex);
     std::unique_ptr<MixerSession> session;
-    if (MMRESULT result = backend::activeMixerBackend().open(mixerId, session)) return result;
+    if (MMRESULT result = activeMixers().open(mixerId, session)) return result;
     const HMIXER opened = newHandle();
     handles().open[opened] = std::move(session);
     *handle = opened;
@@ -372,17 +371,5 @@ MMRESULT mixerSetControlDetails(HMIXEROBJ mixer, const MIXERCONTROLDETAILS* deta
     if (!isSwitch(*control) && !inBounds(*control, value)) return MIXERR_INVALVALUE;
     return target.session().setValue(*control, value);
 }
-
-namespace backend {
-
-MixerBackend& activeMixerBackend()
-{
-    static MixerBackend* const chosen = &activeBackend() == &loopback::backend()
-                                            ? &loopback::mixerBackend()
-                                            : &alsa::mixerBackend();
-    return *chosen;
-}
-
-}  // namespace backend
 
 }  // namespace mm

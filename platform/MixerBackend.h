@@ -68,7 +68,4 @@ public:
     virtual MMRESULT open(UINT mixerId, std::unique_ptr<MixerSession>& session) = 0;
 };
 
-// The mixers of the wave back end in use (WaveBackend.h's activeBackend).
-MixerBackend& activeMixerBackend();
-
 }  // namespace mm::backend

@@ -1,7 +1,11 @@
 #include "platform/SystemHost.h"
 
+#include <sys/utsname.h>
+
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 #include <thread>
 
 #include <QLocale>
@@ -43,16 +47,23 @@ std::optional<std::string> SystemHost::localeInfo(LocaleItem item)
     return std::nullopt;
 }
 
-std::string SystemHost::getSetting(const std::string& appKey, const std::string& section,
-                                   const std::string& key, const std::string& defaultValue)
+std::optional<SystemVersion> SystemHost::systemVersion()
 {
-    return settings_.get(appKey, section, key, defaultValue);
+    struct utsname info {};
+    if (::uname(&info) != 0) return std::nullopt;
+    return SystemVersion{info.release, info.version};
 }
 
-void SystemHost::saveSetting(const std::string& appKey, const std::string& section,
-                             const std::string& key, const std::string& value)
+std::string SystemHost::programPath()
 {
-    settings_.save(appKey, section, key, value);
+    std::error_code error;
+    const std::filesystem::path exe = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::string("./wavelark") : exe.string();
+}
+
+std::unique_ptr<SettingsBatch> SystemHost::openSettings(const std::string& appKey, const std::string& section)
+{
+    return settings_.open(appKey, section);
 }
 
 std::int32_t SystemHost::openAddress(const std::string& address)

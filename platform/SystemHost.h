@@ -1,7 +1,8 @@
 #pragma once
 // The host services of a process without windows: message boxes go to the
 // error stream and take their default button, the clock is the steady clock,
-// the locale is the system's and the settings are the user's settings file;
+// the locale is the system's, the kernel is uname's, the program is the
+// running executable and the settings are the user's settings file;
 // addresses go to the desktop's opener (xdg-open), and the system-information
 // program is the first of kSystemInfoPrograms found on the PATH.
 // The program's Qt host (QtHost) builds on it.
@@ -30,10 +31,10 @@ public:
     std::uint32_t tickCount() override;
     void sleep(std::uint32_t milliseconds) override;
     std::optional<std::string> localeInfo(LocaleItem item) override;
-    std::string getSetting(const std::string& appKey, const std::string& section,
-                           const std::string& key, const std::string& defaultValue) override;
-    void saveSetting(const std::string& appKey, const std::string& section,
-                     const std::string& key, const std::string& value) override;
+    std::optional<SystemVersion> systemVersion() override;
+    std::string programPath() override;
+    std::unique_ptr<SettingsBatch> openSettings(const std::string& appKey,
+                                                const std::string& section) override;
     std::int32_t openAddress(const std::string& address) override;
     bool startSystemInfo() override;
 

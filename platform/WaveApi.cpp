@@ -1,16 +1,13 @@
 #include "platform/WaveApi.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <mutex>
 
+#include "platform/SoundBackends.h"
 #include "platform/WaveBackend.h"
-#include "platform/alsa/AlsaWave.h"
-#include "platform/loopback/VirtualCard.h"
 
 namespace mm {
 
@@ -69,6 +66,8 @@ std::uint32_t newHandle()
     next = next == 0xFFFFFFFFu ? 1 : next + 1;
     return handle;
 }
+
+backend::WaveBackend& activeWave() { return backend::activeSoundBackend().wave(); }
 
 // Only plain PCM, 8 or 16 bits, mono or stereo, with a consistent block.
 bool isPlayableFormat(const WAVEFORMATEX& format)
@@ -161,12 +160,12 @@ MMRESULT errorText(MMRESULT error, char* text, UINT size)
 
 // ------------------------------------------------------------------ output
 
-UINT waveOutGetNumDevs() { return backend::activeBackend().outputCount(); }
+UINT waveOutGetNumDevs() { return activeWave().outputCount(); }
 
 MMRESULT waveOutGetDevCapsA(UINT deviceId, WAVEOUTCAPSA* caps, UINT capsSize)
 {
     if (caps == nullptr || capsSize != sizeof(WAVEOUTCAPSA)) return MMSYSERR_INVALPARAM;
-    return backend::activeBackend().outputCaps(deviceId, *caps);
+    return activeWave().outputCaps(deviceId, *caps);
 }
 
 MMRESULT waveOutOpen(HWAVEOUT* handle, UINT deviceId, const WAVEFORMATEX* format,
@@ -175,7 +174,7 @@ MMRESULT waveOutOpen(HWAVEOUT* handle, UINT deviceId, const WAVEFORMATEX* format
     if (MMRESULT result = openCheck(handle, format, flags)) return result;
     auto queue = std::make_unique<PlayQueue>(*format);
     std::unique_ptr<OutputStream> stream;
-    if (MMRESULT result = backend::activeBackend().openOutput(deviceId, *format, *queue, stream)) {
+    if (MMRESULT result = activeWave().openOutput(deviceId, *format, *queue, stream)) {
         return result;
     }
     std::lock_guard lock(handles().mutex);
@@ -265,12 +264,12 @@ MMRESULT waveOutRewriteHeader(HWAVEOUT handle, WAVEHDR* header, UINT headerSize,
 
 // ------------------------------------------------------------------- input
 
-UINT waveInGetNumDevs() { return backend::activeBackend().inputCount(); }
+UINT waveInGetNumDevs() { return activeWave().inputCount(); }
 
 MMRESULT waveInGetDevCapsA(UINT deviceId, WAVEINCAPSA* caps, UINT capsSize)
 {
     if (caps == nullptr || capsSize != sizeof(WAVEINCAPSA)) return MMSYSERR_INVALPARAM;
-    return backend::activeBackend().inputCaps(deviceId, *caps);
+    return activeWave().inputCaps(deviceId, *caps);
 }
 
 MMRESULT waveInOpen(HWAVEIN* handle, UINT deviceId, const WAVEFORMATEX* format,
@@ -279,7 +278,7 @@ MMRESULT waveInOpen(HWAVEIN* handle, UINT deviceId, const WAVEFORMATEX* format,
     if (MMRESULT result = openCheck(handle, format, flags)) return result;
     auto queue = std::make_unique<CaptureQueue>(*format);
     std::unique_ptr<InputStream> stream;
-    if (MMRESULT result = backend::activeBackend().openInput(deviceId, *format, *queue, stream)) {
+    if (MMRESULT result = activeWave().openInput(deviceId, *format, *queue, stream)) {
         return result;
     }
     std::lock_guard lock(handles().mutex);
@@ -368,35 +367,9 @@ MMRESULT waveInGetErrorTextA(MMRESULT error, char* text, UINT size)
     return errorText(error, text, size);
 }
 
-std::string waveBackendName() { return backend::activeBackend().name(); }
-
-// ----------------------------------------------------------- back end choice
+std::string waveBackendName() { return backend::activeSoundBackend().name; }
 
 namespace backend {
-
-namespace {
-
-WaveBackend* chooseBackend()
-{
-    const char* variable = std::getenv("WAVELARK_AUDIO");
-    std::string choice = variable != nullptr ? variable : "";
-    std::transform(choice.begin(), choice.end(), choice.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (choice == "loopback") return &loopback::backend();
-    if (choice == "alsa") return &alsa::backend();
-    // "auto", unset or anything else: ALSA while it offers any device.
-    WaveBackend& real = alsa::backend();
-    if (real.outputCount() > 0 || real.inputCount() > 0) return &real;
-    return &loopback::backend();
-}
-
-}  // namespace
-
-WaveBackend& activeBackend()
-{
-    static WaveBackend* const chosen = chooseBackend();
-    return *chosen;
-}
 
 void copyDeviceName(const std::string& name, char (&field)[MAXPNAMELEN])
 {

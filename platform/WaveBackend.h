@@ -5,7 +5,8 @@
 // keep the handles, check the records and drive the queues; a back end only
 // moves samples and reports what its devices can do.
 //
-// A mixer for each back end (MixerBackend.h) sits beside its wave part:
+// A mixer for each back end (MixerBackend.h) sits beside its wave part in
+// the table of back ends (SoundBackends.h):
 // platform/alsa/ and platform/loopback/ each keep the gains their mixer
 // drives (AlsaStreamGain.h, VirtualCard.h's levels()).
 #include <memory>
@@ -42,8 +43,6 @@ class WaveBackend {
 public:
     virtual ~WaveBackend() = default;
 
-    virtual std::string name() const = 0;
-
     // Reading the count refreshes the device list.
     virtual UINT outputCount() = 0;
     virtual MMRESULT outputCaps(UINT deviceId, WAVEOUTCAPSA& caps) = 0;
@@ -57,9 +56,6 @@ public:
     virtual MMRESULT openInput(UINT deviceId, const WAVEFORMATEX& format, CaptureQueue& queue,
                                std::unique_ptr<InputStream>& stream) = 0;
 };
-
-// The back end chosen by WAVELARK_AUDIO at the first call.
-WaveBackend& activeBackend();
 
 // Copies a device name into a capability record's name field, cut to its
 // 31 characters.

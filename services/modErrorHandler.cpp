@@ -23,16 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string gProgramPathOverride;
-
-std::string programPath()
-{
-    if (!gProgramPathOverride.empty()) return gProgramPathOverride;
-    std::error_code error;
-    const fs::path exe = fs::read_symlink("/proc/self/exe", error);
-    return error ? std::string("./wavelark") : exe.string();
-}
-
 bool folderWritable(const fs::path& folder)
 {
     std::error_code error;
@@ -47,33 +37,18 @@ fs::path userStateFolder()
     return fs::path(home != nullptr ? home : ".") / ".local" / "state" / "Marlo";
 }
 
-std::int32_t fileErrorNumber(int osError)
-{
-    switch (osError) {
-    case ENOSPC: return rt::kErrDiskFull;
-    case ENOENT:
-    case ENOTDIR: return rt::kErrPathNotFound;
-    default: return rt::kErrPathFileAccess;
-    }
-}
-
-[[noreturn]] void raiseFileError(int osError)
-{
-    rt::raise(fileErrorNumber(osError), rt::standardDescription(fileErrorNumber(osError)), osError);
-}
-
 // Opens the file for appending (created when missing), writes the text and a
 // line end, closes it; any failure is raised as a file error.
 void mLogAppend(const std::string& sFileName, const std::string& sText)
 {
     std::FILE* file = std::fopen(sFileName.c_str(), "ab");
-    if (file == nullptr) raiseFileError(errno);
+    if (file == nullptr) rt::raiseFileError(errno);
     const std::string line = sText + "\r\n";
     const bool written = std::fwrite(line.data(), 1, line.size(), file) == line.size();
     const int writeError = errno;
     const bool closed = std::fclose(file) == 0;
-    if (!written) raiseFileError(writeError);
-    if (!closed) raiseFileError(errno);
+    if (!written) rt::raiseFileError(writeError);
+    if (!closed) rt::raiseFileError(errno);
 }
 
 std::string logEntry(const std::string& source)
@@ -106,7 +81,7 @@ std::string gsAppVersion()
 
 std::string gsErrorLogFileName()
 {
-    const fs::path program(programPath());
+    const fs::path program(host::current().programPath());
     const std::string fileName = program.stem().string() + ".log";
     const fs::path folder = program.parent_path();
     if (folderWritable(folder)) return folder.string() + "/" + fileName;
@@ -144,5 +119,3 @@ std::int16_t gnErrorHandler(const std::string& sModule, const std::string& sProc
 }
 
 void gInstallErrorHandler() { rt::setErrorReporter(&reportAndKeepAnswer); }
-
-void gSetProgramPathForTesting(const std::string& path) { gProgramPathOverride = path; }

@@ -18,13 +18,11 @@ std::int16_t gnErrorHandler(const std::string& sModule, const std::string& sProc
 // "v" & major & "." & minor & "." & revision, e.g. "v1.0.0".
 std::string gsAppVersion();
 
-// The error log: <program folder>/<program name>.log when the program's
-// folder is writable, else the same name in $XDG_STATE_HOME/Marlo/ (default
-// ~/.local/state/Marlo/), which is created when missing.
+// The error log: <program folder>/<program name>.log (of the host's
+// programPath) when the program's folder is writable, else the same name in
+// $XDG_STATE_HOME/Marlo/ (default ~/.local/state/Marlo/), which is created
+// when missing.
 std::string gsErrorLogFileName();
 
 // Makes every trap report through gnErrorHandler, keeping gnErrorResponse.
 void gInstallErrorHandler();
-
-// Lets tests place "the program" elsewhere (an empty path restores the real one).
-void gSetProgramPathForTesting(const std::string& programPath);

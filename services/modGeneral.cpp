@@ -1,7 +1,5 @@
 #include "services/modGeneral.h"
 
-#include <sys/utsname.h>
-
 #include <cstdlib>
 
 #include "BuildInfo.h"
@@ -9,6 +7,7 @@
 #include "base/Trap.h"
 #include "entry/modGetLocaleInfo.h"
 #include "platform/Control.h"
+#include "platform/HostServices.h"
 #include "services/modErrorHandler.h"
 
 std::string gsOSVersion;
@@ -19,9 +18,6 @@ namespace {
 
 constexpr const char* kModule = "modGeneral";
 constexpr const char* kUnknownOS = "Windows version unknown";
-
-RegionChangedCheck gRegionChangedCheck = &gbGetLocaleInfoUserRegionChanged;
-UnameCall gUname = &::uname;
 
 struct KernelRelease {
     long major = 0;
@@ -58,7 +54,7 @@ void gGStartUpSetStuff(ErrorFlag& bError)
     trap.step([&] { gGSetProgNameVersionUser(bError); });
     trap.step([&] {
         ErrorFlag checkError = kFalse;
-        const Bool16 changed = gRegionChangedCheck(checkError);
+        const Bool16 changed = gbGetLocaleInfoUserRegionChanged(checkError);
         if (!checkError) gbUserRegionChanged = changed;
     });
 }
@@ -68,14 +64,14 @@ std::string gsGGetOSVersion(ErrorFlag& bError)
     std::string result;
     rt::Trap trap(kModule, "gsGGetOSVersion", bError);
     trap.step([&] {
-        struct utsname info {};
-        if (gUname(&info) != 0) {
+        const std::optional<host::SystemVersion> system = host::current().systemVersion();
+        if (!system) {
             result = kUnknownOS;
             return;
         }
-        const KernelRelease release = parseRelease(info.release);
+        const KernelRelease release = parseRelease(system->release.c_str());
         result = "Linux v" + std::to_string(release.major) + "." + std::to_string(release.minor) +
-                 " Build " + std::to_string(release.patch) + " " + info.version;
+                 " Build " + std::to_string(release.patch) + " " + system->version;
     });
     return result;
 }
@@ -170,11 +166,3 @@ std::string gsGFormat(float Value, ErrorFlag& bError)
     });
     return pattern;
 }
-
-void gSetRegionChangedCheck(RegionChangedCheck check)
-{
-    gRegionChangedCheck =
-        check ? std::move(check) : RegionChangedCheck(&gbGetLocaleInfoUserRegionChanged);
-}
-
-void gSetUnameForTesting(UnameCall call) { gUname = call != nullptr ? call : &::uname; }

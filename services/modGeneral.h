@@ -1,13 +1,11 @@
 #pragma once
 // Start-up texts and small text and focus helpers used all over the program.
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 
 #include "base/Types.h"
 
-struct utsname;
 namespace ui {
 class Control;
 }
@@ -26,7 +24,9 @@ extern Bool16 gbUserRegionChanged;
 void gGStartUpSetStuff(ErrorFlag& bError);
 
 // "Linux v" & major & "." & minor & " Build " & patch & " " & the kernel's
-// version text, from uname; "Windows version unknown" when uname fails.
+// version text, from the host's systemVersion; "Windows version unknown"
+// when it cannot be read. A release without major and minor numbers is a
+// run-time error.
 std::string gsGGetOSVersion(ErrorFlag& bError);
 
 // gsProgNameVersion = product name & " v" & major & "." & minor & "." & revision.
@@ -47,11 +47,3 @@ Bool16 gbGSetFocus(ui::Control& control);
 // The display pattern of a voltage (for rt::formatNumber): "0.0" from 10 up,
 // "0.00" from 0.05 up, "0.000" below.
 std::string gsGFormat(float Value, ErrorFlag& bError);
-
-// Seams: the regional check that gGStartUpSetStuff calls (by default the
-// numeric-entry layer's gbGetLocaleInfoUserRegionChanged; an empty check
-// restores it), and the uname call behind gsGGetOSVersion.
-using RegionChangedCheck = std::function<Bool16(ErrorFlag&)>;
-void gSetRegionChangedCheck(RegionChangedCheck check);
-using UnameCall = int (*)(struct utsname*);
-void gSetUnameForTesting(UnameCall call);

@@ -193,10 +193,10 @@ public:
 
     MMRESULT getValue(const MixerControlModel& control, DWORD& value) override
     {
-        if (control.key >= bindings_.size()) return MIXERR_INVALCONTROL;
+        const Element* e = nullptr;
+        if (!resolve(control, e)) return MIXERR_INVALCONTROL;
         if (int error = snd_mixer_handle_events(mixer_); error < 0) return mixerError(error);
         const ControlBinding& b = bindings_[control.key];
-        const Element* e = b.element < elements_.size() ? &elements_[b.element] : nullptr;
         long raw = 0;
         int on = 0;
         int error = 0;
@@ -225,9 +225,9 @@ public:
 
     MMRESULT setValue(const MixerControlModel& control, DWORD value) override
     {
-        if (control.key >= bindings_.size()) return MIXERR_INVALCONTROL;
+        const Element* e = nullptr;
+        if (!resolve(control, e)) return MIXERR_INVALCONTROL;
         const ControlBinding& b = bindings_[control.key];
-        const Element* e = b.element < elements_.size() ? &elements_[b.element] : nullptr;
         int error = 0;
         switch (b.source) {
         case ValueSource::PlaybackVolume:
@@ -251,6 +251,19 @@ public:
     }
 
 private:
+    // Checks that the control is one this session gave out and finds the
+    // element behind it; `element` stays null for the program's stream gain,
+    // which has none.
+    bool resolve(const MixerControlModel& control, const Element*& element) const
+    {
+        if (control.key >= bindings_.size()) return false;
+        const ControlBinding& binding = bindings_[control.key];
+        if (binding.source == ValueSource::StreamVolume || binding.source == ValueSource::StreamMute) return true;
+        if (binding.element >= elements_.size()) return false;
+        element = &elements_[binding.element];
+        return true;
+    }
+
     snd_mixer_t* mixer_ = nullptr;
     std::vector<Element> elements_;
     MixerModel model_;

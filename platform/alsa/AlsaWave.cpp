@@ -495,8 +495,6 @@ private:
 
 class AlsaBackend : public backend::WaveBackend {
 public:
-    std::string name() const override { return "alsa"; }
-
     UINT outputCount() override
     {
         std::lock_guard lock(mutex_);

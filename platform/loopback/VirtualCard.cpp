@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "platform/WaveBackend.h"
-#include "platform/loopback/VirtualMixer.h"
+#include "platform/loopback/VirtualCardSetup.h"
 
 namespace mm::loopback {
 
@@ -95,24 +95,22 @@ public:
     Card() { resetLocked(); }
 
     // ---- back end
-    std::string name() const override { return "loopback"; }
-
     UINT outputCount() override
     {
         std::lock_guard lock(mutex_);
-        return vanished_ ? 0 : static_cast<UINT>(outputs_.size());
+        return setup_.vanished ? 0 : static_cast<UINT>(setup_.outputs.size());
     }
     UINT inputCount() override
     {
         std::lock_guard lock(mutex_);
-        return vanished_ ? 0 : static_cast<UINT>(inputs_.size());
+        return setup_.vanished ? 0 : static_cast<UINT>(setup_.inputs.size());
     }
 
     MMRESULT outputCaps(UINT deviceId, WAVEOUTCAPSA& caps) override
     {
         std::lock_guard lock(mutex_);
         DeviceSpec spec;
-        if (MMRESULT result = findDevice(outputs_, deviceId, spec)) return result;
+        if (MMRESULT result = findDevice(setup_.outputs, deviceId, spec)) return result;
         caps = WAVEOUTCAPSA{};
         fillCommon(spec, caps);
         caps.dwSupport = spec.support;
@@ -122,7 +120,7 @@ public:
     {
         std::lock_guard lock(mutex_);
         DeviceSpec spec;
-        if (MMRESULT result = findDevice(inputs_, deviceId, spec)) return result;
+        if (MMRESULT result = findDevice(setup_.inputs, deviceId, spec)) return result;
         caps = WAVEINCAPSA{};
         fillCommon(spec, caps);
         return MMSYSERR_NOERROR;
@@ -132,7 +130,7 @@ public:
                         std::unique_ptr<backend::OutputStream>& stream) override
     {
         std::unique_lock lock(mutex_);
-        if (MMRESULT result = openCheck(outputs_, deviceId, format, refuseOutput_)) return result;
+        if (MMRESULT result = openCheck(setup_.outputs, deviceId, format, setup_.refuseOutputOpen)) return result;
         if (output_ != nullptr) return MMSYSERR_ALLOCATED;
         auto opened = std::make_unique<VirtualOutput>(*this, queue);
         auto session = std::make_shared<Session>();
@@ -140,7 +138,7 @@ public:
         session->rate = format.nSamplesPerSec;
         session->startNs = nowLocked();
         const std::uint64_t ringFrames =
-            framesIn(latencyNs_ + kNsPerSecond / 2, session->rate) + 2 * kChunk;
+            framesIn(latencyNs() + kNsPerSecond / 2, session->rate) + 2 * kChunk;
         session->ring.assign(ringFrames, 0);
         sessions_.push_back(session);
         if (sessions_.size() > kSessionsKept) sessions_.pop_front();
@@ -155,7 +153,7 @@ public:
                        std::unique_ptr<backend::InputStream>& stream) override
     {
         std::unique_lock lock(mutex_);
-        if (MMRESULT result = openCheck(inputs_, deviceId, format, refuseInput_)) return result;
+        if (MMRESULT result = openCheck(setup_.inputs, deviceId, format, setup_.refuseInputOpen)) return result;
         if (input_ != nullptr) return MMSYSERR_ALLOCATED;
         auto opened = std::make_unique<VirtualInput>(*this, queue);
         input_ = opened.get();
@@ -190,61 +188,23 @@ public:
         std::lock_guard lock(mutex_);
         input.started = false;
     }
-    MMRESULT writeFault() const { return failWrites_.load(); }
+    MMRESULT writeFault()
+    {
+        std::lock_guard lock(mutex_);
+        return setup_.failWrites;
+    }
 
-    // ---- test controls
-    void reset()
+    // ---- setup
+    void withSetup(const std::function<void(CardSetup&)>& use)
+    {
+        std::lock_guard lock(mutex_);
+        use(setup_);
+    }
+    void restart()
     {
         stopClock();
         std::lock_guard lock(mutex_);
         resetLocked();
-    }
-    void setOutputs(std::vector<DeviceSpec> devices)
-    {
-        std::lock_guard lock(mutex_);
-        outputs_ = std::move(devices);
-    }
-    void setInputs(std::vector<DeviceSpec> devices)
-    {
-        std::lock_guard lock(mutex_);
-        inputs_ = std::move(devices);
-    }
-    void setLatency(std::uint32_t ms)
-    {
-        std::lock_guard lock(mutex_);
-        latencyNs_ = std::int64_t{ms} * kNsPerMs;
-    }
-    std::uint32_t latency()
-    {
-        std::lock_guard lock(mutex_);
-        return static_cast<std::uint32_t>(latencyNs_ / kNsPerMs);
-    }
-    void setRates(DWORD lowest, DWORD highest)
-    {
-        std::lock_guard lock(mutex_);
-        lowestRate_ = lowest;
-        highestRate_ = highest;
-    }
-    void refuseOutputOpen(MMRESULT code)
-    {
-        std::lock_guard lock(mutex_);
-        refuseOutput_ = code;
-    }
-    void refuseInputOpen(MMRESULT code)
-    {
-        std::lock_guard lock(mutex_);
-        refuseInput_ = code;
-    }
-    void failWrites(MMRESULT code) { failWrites_ = code; }
-    void silenceInput(bool silent)
-    {
-        std::lock_guard lock(mutex_);
-        silentInput_ = silent;
-    }
-    void vanish()
-    {
-        std::lock_guard lock(mutex_);
-        vanished_ = true;
     }
     void useSimulatedTime()
     {
@@ -282,15 +242,7 @@ public:
 private:
     void resetLocked()
     {
-        outputs_ = {DeviceSpec{}};
-        inputs_ = {DeviceSpec{}};
-        latencyNs_ = 20 * kNsPerMs;
-        lowestRate_ = 1000;
-        highestRate_ = 384000;
-        refuseOutput_ = refuseInput_ = MMSYSERR_NOERROR;
-        failWrites_ = MMSYSERR_NOERROR;
-        silentInput_ = false;
-        vanished_ = false;
+        setup_ = CardSetup{};
         simulated_ = false;
         simulatedNs_ = 0;
         tapping_ = false;
@@ -301,9 +253,11 @@ private:
         mixer.masterMute = mixer.waveMute = mixer.micMute = false;
     }
 
+    std::int64_t latencyNs() const { return std::int64_t{setup_.latencyMs} * kNsPerMs; }
+
     MMRESULT findDevice(const std::vector<DeviceSpec>& devices, UINT deviceId, DeviceSpec& spec) const
     {
-        if (vanished_) return MMSYSERR_NODRIVER;
+        if (setup_.vanished) return MMSYSERR_NODRIVER;
         if (deviceId >= devices.size()) return MMSYSERR_BADDEVICEID;
         spec = devices[deviceId];
         return spec.capsResult;
@@ -323,10 +277,10 @@ private:
     MMRESULT openCheck(const std::vector<DeviceSpec>& devices, UINT deviceId,
                        const WAVEFORMATEX& format, MMRESULT refusal) const
     {
-        if (vanished_) return MMSYSERR_NODRIVER;
+        if (setup_.vanished) return MMSYSERR_NODRIVER;
         if (deviceId >= devices.size()) return MMSYSERR_BADDEVICEID;
         if (refusal != MMSYSERR_NOERROR) return refusal;
-        if (format.nSamplesPerSec < lowestRate_ || format.nSamplesPerSec > highestRate_) {
+        if (format.nSamplesPerSec < setup_.lowestRate || format.nSamplesPerSec > setup_.highestRate) {
             return WAVERR_BADFORMAT;
         }
         return MMSYSERR_NOERROR;
@@ -351,7 +305,7 @@ private:
     void playLocked(VirtualOutput& output, std::int64_t nowNs)
     {
         if (output.failure_ != MMSYSERR_NOERROR) return;
-        if (vanished_) {
+        if (setup_.vanished) {
             output.failure_ = MMSYSERR_NODRIVER;
             output.queue_.abandon();
             return;
@@ -387,14 +341,14 @@ private:
     void recordLocked(VirtualInput& input, std::int64_t nowNs)
     {
         if (input.failure_ != MMSYSERR_NOERROR || !input.started) return;
-        if (vanished_) {
+        if (setup_.vanished) {
             input.failure_ = MMSYSERR_NODRIVER;
             input.queue_.abandon();
             return;
         }
         const DWORD rate = input.queue_.layout().rate;
         const std::uint64_t due = framesIn(nowNs - input.startNs, rate);
-        if (silentInput_) {
+        if (setup_.silentInput) {
             input.produced = due;
             return;
         }
@@ -421,7 +375,7 @@ private:
         for (const auto& [id, first] : input.offsets) {
             if (id == session.id) return first;
         }
-        const std::int64_t offsetNs = input.startNs - latencyNs_ - session.startNs;
+        const std::int64_t offsetNs = input.startNs - latencyNs() - session.startNs;
         const Wide twice = Wide(offsetNs) * session.rate * 2 + kNsPerSecond;
         const Wide divisor = Wide(kNsPerSecond) * 2;
         Wide rounded = twice / divisor;  // round half up: floor((2x + 1) / 2)
@@ -495,16 +449,7 @@ private:
     bool clockStop_ = false;
     const std::chrono::steady_clock::time_point epoch_ = std::chrono::steady_clock::now();
 
-    std::vector<DeviceSpec> outputs_;
-    std::vector<DeviceSpec> inputs_;
-    std::int64_t latencyNs_ = 0;
-    DWORD lowestRate_ = 0;
-    DWORD highestRate_ = 0;
-    MMRESULT refuseOutput_ = MMSYSERR_NOERROR;
-    MMRESULT refuseInput_ = MMSYSERR_NOERROR;
-    std::atomic<MMRESULT> failWrites_{MMSYSERR_NOERROR};
-    bool silentInput_ = false;
-    bool vanished_ = false;
+    CardSetup setup_;
     bool simulated_ = false;
     std::int64_t simulatedNs_ = 0;
 
@@ -555,25 +500,8 @@ double masterGain(std::uint16_t level)
 
 double linearGain(std::uint16_t level) { return static_cast<double>(level) / 65535.0; }
 
-void reset()
-{
-    card().reset();
-    resetMixers();
-}
-void setOutputDevices(std::vector<DeviceSpec> devices) { card().setOutputs(std::move(devices)); }
-void setInputDevices(std::vector<DeviceSpec> devices) { card().setInputs(std::move(devices)); }
-void setLatencyMs(std::uint32_t milliseconds) { card().setLatency(milliseconds); }
-std::uint32_t latencyMs() { return card().latency(); }
-void setRateRange(DWORD lowest, DWORD highest) { card().setRates(lowest, highest); }
-void refuseOutputOpen(MMRESULT code) { card().refuseOutputOpen(code); }
-void refuseInputOpen(MMRESULT code) { card().refuseInputOpen(code); }
-void failWrites(MMRESULT code) { card().failWrites(code); }
-void silenceInput(bool silent) { card().silenceInput(silent); }
-void vanish()
-{
-    card().vanish();
-    vanishMixers();
-}
+void withCardSetup(const std::function<void(CardSetup&)>& use) { card().withSetup(use); }
+void restartCard() { card().restart(); }
 void useSimulatedTime() { card().useSimulatedTime(); }
 bool simulatedTime() { return card().simulated(); }
 void advance(std::uint32_t milliseconds) { card().advance(milliseconds); }

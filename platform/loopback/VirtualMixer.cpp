@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <utility>
 
 #include "platform/MixerBackend.h"
 #include "platform/loopback/VirtualCard.h"
+#include "platform/loopback/VirtualMixerSetup.h"
 
 namespace mm::loopback {
 
@@ -66,13 +66,7 @@ struct Path {
 
 struct State {
     std::mutex mutex;
-    std::vector<MixerSpec> mixers{standardMixer()};
-    MMRESULT refuseOpen = MMSYSERR_NOERROR;
-    unsigned refusals = 0;
-    std::map<std::string, MMRESULT> readFaults;
-    std::map<std::string, MMRESULT> writeFaults;
-    bool vanished = false;
-    std::vector<MixerWrite> writes;
+    MixerSetup setup;
 };
 
 State& state()
@@ -139,8 +133,9 @@ public:
 
     MMRESULT getValue(const MixerControlModel& control, DWORD& value) override
     {
-        State& mixers = state();
-        std::lock_guard lock(mixers.mutex);
+        State& shared = state();
+        std::lock_guard lock(shared.mutex);
+        MixerSetup& mixers = shared.setup;
         MixerControlSpec* spec = nullptr;
         if (MMRESULT result = find(mixers, control, spec)) return result;
         if (MMRESULT fault = faultFor(mixers.readFaults, spec->name)) return fault;
@@ -150,12 +145,13 @@ public:
 
     MMRESULT setValue(const MixerControlModel& control, DWORD value) override
     {
-        State& mixers = state();
-        std::lock_guard lock(mixers.mutex);
+        State& shared = state();
+        std::lock_guard lock(shared.mutex);
+        MixerSetup& mixers = shared.setup;
         MixerControlSpec* spec = nullptr;
         if (MMRESULT result = find(mixers, control, spec)) return result;
         if (MMRESULT fault = faultFor(mixers.writeFaults, spec->name)) return fault;
-        mixers.writes.push_back({spec->name, value});
+        if (mixers.logWrites) mixers.writes.push_back({spec->name, value});
         writeLevel(*spec, value);
         return MMSYSERR_NOERROR;
     }
@@ -189,7 +185,7 @@ private:
     }
 
     // The control as the mixer now has it (a test may have changed the mixer).
-    MMRESULT find(State& mixers, const MixerControlModel& control, MixerControlSpec*& spec)
+    MMRESULT find(MixerSetup& mixers, const MixerControlModel& control, MixerControlSpec*& spec)
     {
         if (mixers.vanished) return MMSYSERR_NODRIVER;
         if (mixerId_ >= mixers.mixers.size() || control.key >= paths_.size()) return MIXERR_INVALCONTROL;
@@ -215,15 +211,17 @@ class VirtualMixers : public backend::MixerBackend {
 public:
     UINT count() override
     {
-        State& mixers = state();
-        std::lock_guard lock(mixers.mutex);
+        State& shared = state();
+        std::lock_guard lock(shared.mutex);
+        const MixerSetup& mixers = shared.setup;
         return mixers.vanished ? 0 : static_cast<UINT>(mixers.mixers.size());
     }
 
     MMRESULT open(UINT mixerId, std::unique_ptr<backend::MixerSession>& session) override
     {
-        State& mixers = state();
-        std::lock_guard lock(mixers.mutex);
+        State& shared = state();
+        std::lock_guard lock(shared.mutex);
+        MixerSetup& mixers = shared.setup;
         if (mixers.vanished || mixerId >= mixers.mixers.size()) return MMSYSERR_BADDEVICEID;
         if (mixers.refuseOpen != MMSYSERR_NOERROR && mixers.refusals > 0) {
             if (mixers.refusals != kEveryOpening) --mixers.refusals;
@@ -233,15 +231,6 @@ public:
         return MMSYSERR_NOERROR;
     }
 };
-
-void setFault(std::map<std::string, MMRESULT>& faults, const std::string& name, MMRESULT code)
-{
-    if (code == MMSYSERR_NOERROR) {
-        faults.erase(name);
-    } else {
-        faults[name] = code;
-    }
-}
 
 }  // namespace
 
@@ -274,60 +263,11 @@ MixerSpec standardMixer()
     return mixer;
 }
 
-void setMixers(std::vector<MixerSpec> mixers)
+void withMixerSetup(const std::function<void(MixerSetup&)>& use)
 {
-    State& s = state();
-    std::lock_guard lock(s.mutex);
-    s.mixers = std::move(mixers);
-}
-
-void refuseMixerOpen(MMRESULT code, unsigned times)
-{
-    State& s = state();
-    std::lock_guard lock(s.mutex);
-    s.refuseOpen = code;
-    s.refusals = times;
-}
-
-void failMixerReads(const std::string& controlName, MMRESULT code)
-{
-    State& s = state();
-    std::lock_guard lock(s.mutex);
-    setFault(s.readFaults, controlName, code);
-}
-
-void failMixerWrites(const std::string& controlName, MMRESULT code)
-{
-    State& s = state();
-    std::lock_guard lock(s.mutex);
-    setFault(s.writeFaults, controlName, code);
-}
-
-void vanishMixers()
-{
-    State& s = state();
-    std::lock_guard lock(s.mutex);
-    s.vanished = true;
-}
-
-std::vector<MixerWrite> mixerWrites()
-{
-    State& s = state();
-    std::lock_guard lock(s.mutex);
-    return s.writes;
-}
-
-void resetMixers()
-{
-    State& s = state();
-    std::lock_guard lock(s.mutex);
-    s.mixers = {standardMixer()};
-    s.refuseOpen = MMSYSERR_NOERROR;
-    s.refusals = 0;
-    s.readFaults.clear();
-    s.writeFaults.clear();
-    s.vanished = false;
-    s.writes.clear();
+    State& shared = state();
+    std::lock_guard lock(shared.mutex);
+    use(shared.setup);
 }
 
 }  // namespace mm::loopback

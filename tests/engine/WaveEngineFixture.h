@@ -14,7 +14,7 @@
 #include "base/Types.h"
 #include "engine/modWaveInOut.h"
 #include "engine/modWaveInOutTesting.h"
-#include "platform/loopback/VirtualCard.h"
+#include "platform/loopback/VirtualCardTesting.h"
 #include "services/modErrorHandler.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/VirtualCardSession.h"

@@ -16,7 +16,7 @@ const char* const kResetMessage = "Your region setting has changed\r\n\r\nResett
 
 std::string storedRegion(testing_support::ScriptedHost& host)
 {
-    return host.settings().get("Marlo", "Wavelark", "UserRegion", "<none>");
+    return host.getSetting("Marlo", "Wavelark", "UserRegion", "<none>");
 }
 
 TEST(Region, FirstRunIsQuietAndTheRegionIsStoredAtExit)
@@ -84,10 +84,9 @@ TEST(Region, TheDecimalCharacterIsReadAfreshEachTime)
     EXPECT_EQ(host.boxes.size(), 1u);
 }
 
-TEST(Region, StartUpKeepsTheCheckResultUnlessItFailed)
+TEST(Region, StartUpKeepsTheCheckResult)
 {
     testing_support::ScriptedHost host;
-    gSetRegionChangedCheck(nullptr);  // the built-in check
     host.saveSetting("Marlo", "Wavelark", "UserRegion", "33");
     ErrorFlag bError = kFalse;
     gbUserRegionChanged = kFalse;
@@ -99,14 +98,6 @@ TEST(Region, StartUpKeepsTheCheckResultUnlessItFailed)
     host.regionCode = "33";
     gGStartUpSetStuff(bError);
     EXPECT_FALSE(gbUserRegionChanged);
-
-    gSetRegionChangedCheck([](ErrorFlag& flag) {
-        flag = kTrue;
-        return kTrue;
-    });
-    gGStartUpSetStuff(bError);
-    EXPECT_FALSE(gbUserRegionChanged) << "a failed check leaves the flag as it was";
-    gSetRegionChangedCheck(nullptr);
     EXPECT_FALSE(bError);
 }
 

@@ -174,6 +174,18 @@ TEST_F(MixerCalls, ValuesAreCheckedAgainstTheControlAndPassedAsWritten)
     mixerClose(handle);
 }
 
+TEST_F(MixerCalls, TheProgramsMixerKeepsNoLogOfWhatItWrites)
+{
+    loopback::resetMixers();  // the mixers as the program has them
+    const HMIXER handle = open();
+    DWORD value = 0;
+    MIXERCONTROLDETAILS volume = request(1, &value);
+    for (value = 0; value < 1000; ++value) ASSERT_EQ(mixerSetControlDetails(handle, &volume, 0), MMSYSERR_NOERROR);
+    EXPECT_EQ(loopback::levels().master, 999);
+    EXPECT_TRUE(loopback::mixerWrites().empty());
+    mixerClose(handle);
+}
+
 TEST_F(MixerCalls, FaultsComeBackAsTheirCodes)
 {
     const HMIXER handle = open();

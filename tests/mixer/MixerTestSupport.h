@@ -8,8 +8,7 @@
 #include <vector>
 
 #include "mixer/modMixer.h"
-#include "platform/loopback/VirtualCard.h"
-#include "platform/loopback/VirtualMixer.h"
+#include "platform/loopback/VirtualCardTesting.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/VirtualCardSession.h"
 

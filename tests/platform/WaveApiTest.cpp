@@ -8,7 +8,7 @@
 
 #include "platform/GlobalMemory.h"
 #include "platform/WaveApi.h"
-#include "platform/loopback/VirtualCard.h"
+#include "platform/loopback/VirtualCardTesting.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/VirtualCardSession.h"
 

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "base/Trap.h"
 #include "services/modErrorHandler.h"
 #include "services/modGeneral.h"
+#include "tests/support/FileFaults.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TestEnvironment.h"
 
@@ -40,20 +42,23 @@ void gFailing(std::int32_t number, const std::string& description, ErrorFlag& bE
     trap.step([&] { rt::raise(number, description); });
 }
 
+// Writes the settings a batch holds, as the window does at exit.
+void gSaveSettings(host::SettingsBatch& batch, ErrorFlag& bError)
+{
+    rt::Trap trap("modTest", "gSaveSettings", bError);
+    trap.step([&] { batch.commit(); });
+}
+
 class ErrorHandlerTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
         folder = testing_support::makeTempFolder("program");
-        gSetProgramPathForTesting(folder + "/wavelark");
+        host.programFile = folder + "/wavelark";
         gInstallErrorHandler();
         gsOSVersion = "Linux v6.1 Build 0 #1 SMP PREEMPT_DYNAMIC Debian 6.1.112-1";
     }
-    void TearDown() override
-    {
-        gSetProgramPathForTesting("");
-        rt::setErrorReporter(nullptr);
-    }
+    void TearDown() override { rt::setErrorReporter(nullptr); }
 
     ScriptedHost host;
     std::string folder;
@@ -99,7 +104,7 @@ TEST_F(ErrorHandlerTest, AnEmptyDescriptionEndsTheBoxInTwoLineEnds)
 
 TEST_F(ErrorHandlerTest, TheLogGoesToTheStateFolderWhenTheProgramFolderIsNotWritable)
 {
-    gSetProgramPathForTesting("/nonexistent-folder/bin/wavelark");
+    host.programFile = "/nonexistent-folder/bin/wavelark";
     host.answers = {5};
     ErrorFlag flag = kFalse;
     gFailing(rt::kErrOverflow, "Overflow", flag);
@@ -110,7 +115,7 @@ TEST_F(ErrorHandlerTest, TheLogGoesToTheStateFolderWhenTheProgramFolderIsNotWrit
 
 TEST_F(ErrorHandlerTest, AFailingLogWriteStillShowsTheBoxAndReachesTheCallersTrap)
 {
-    gSetProgramPathForTesting("/nonexistent-folder/bin/wavelark");
+    host.programFile = "/nonexistent-folder/bin/wavelark";
     const std::string stateBefore = std::getenv("XDG_STATE_HOME");
     const std::string blocker = folder + "/not-a-folder";
     std::ofstream(blocker) << "a file where the state folder should be";
@@ -131,15 +136,38 @@ TEST_F(ErrorHandlerTest, AFailingLogWriteStillShowsTheBoxAndReachesTheCallersTra
 
 TEST_F(ErrorHandlerTest, TheOperatingSystemLineSaysUnknownWhenTheVersionCannotBeRead)
 {
-    gSetUnameForTesting([](struct utsname*) { return -1; });
+    host.osVersion.reset();
     ErrorFlag flag = kFalse;
     gGStartUpSetStuff(flag);
-    gSetUnameForTesting(nullptr);
     EXPECT_EQ(gsOSVersion, "Windows version unknown");
 
     host.answers = {5};
     gFailing(rt::kErrOverflow, "Overflow", flag);
     EXPECT_TRUE(crlfLines(folder + "/wavelark.log")[0].ends_with("  Windows version unknown"));
+}
+
+TEST_F(ErrorHandlerTest, ASettingsWriteOnAFullDiskIsReportedAndARetryWritesIt)
+{
+    host.saveSetting("Marlo", "Wavelark", "txtPercent", "50");
+    const std::string before = testing_support::fileContent(host.settingsFile());
+    auto batch = host.openSettings("Marlo", "Wavelark");
+    batch->save("txtVOutIdent", std::string(8192, 'v'));
+
+    std::optional<testing_support::FileSizeLimit> fullDisk(std::in_place, 4096);
+    host.answers = {host::kResultRetry};
+    host.onBox = [&](const ScriptedHost::Box&) {
+        EXPECT_EQ(testing_support::fileContent(host.settingsFile()), before) << "the old file, whole";
+        fullDisk.reset();  // the user makes room, then answers Retry
+    };
+    ErrorFlag flag = kFalse;
+    gSaveSettings(*batch, flag);
+
+    EXPECT_EQ(flag, kFalse);
+    ASSERT_EQ(host.boxes.size(), 1u);
+    EXPECT_TRUE(host.boxes[0].text.ends_with("\r\n\r\nDisk full")) << host.boxes[0].text;
+    EXPECT_EQ(crlfLines(folder + "/wavelark.log").at(2), "DllError: 27  ErrNo: 61  Disk full") << "EFBIG";
+    EXPECT_EQ(host.getSetting("Marlo", "Wavelark", "txtVOutIdent", "").size(), 8192u) << "the retry wrote it";
+    EXPECT_EQ(host.getSetting("Marlo", "Wavelark", "txtPercent", ""), "50");
 }
 
 TEST(AppVersion, IsTheProjectVersion) { EXPECT_EQ(gsAppVersion(), "v1.0.0"); }

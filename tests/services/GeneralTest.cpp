@@ -1,9 +1,7 @@
 // Start-up texts, the text helpers, and enabling a form's controls.
 #include <gtest/gtest.h>
 
-#include <sys/utsname.h>
-
-#include <cstring>
+#include <sys/stat.h>
 
 #include "base/Trap.h"
 #include "services/modControlsEnable.h"
@@ -11,8 +9,8 @@
 #include "services/modFormPtr.h"
 #include "services/modGeneral.h"
 #include "tests/support/FakeControls.h"
+#include "tests/support/FileFaults.h"
 #include "tests/support/ScriptedHost.h"
-#include "tests/support/TestEnvironment.h"
 
 namespace {
 
@@ -20,51 +18,33 @@ using testing_support::FakeControl;
 using testing_support::FakeForm;
 using testing_support::ScriptedHost;
 
-const char* gRelease = "";
-
-int fakeUname(struct utsname* info)
-{
-    std::memset(info, 0, sizeof *info);
-    std::strncpy(info->release, gRelease, sizeof info->release - 1);
-    std::strncpy(info->version, "#1 SMP PREEMPT_DYNAMIC Debian 6.1.112-1", sizeof info->version - 1);
-    return 0;
-}
-
 class StartUpTest : public ::testing::Test {
 protected:
-    void SetUp() override
+    void SetUp() override { gInstallErrorHandler(); }
+    void TearDown() override { rt::setErrorReporter(nullptr); }
+
+    std::string versionOf(const std::string& release)
     {
-        gSetProgramPathForTesting(testing_support::makeTempFolder("program") + "/wavelark");
-        gInstallErrorHandler();
-        gSetUnameForTesting(&fakeUname);
+        host.osVersion = host::SystemVersion{release, "#1 SMP PREEMPT_DYNAMIC Debian 6.1.112-1"};
+        return gsGGetOSVersion(flag);
     }
-    void TearDown() override
-    {
-        gSetUnameForTesting(nullptr);
-        gSetRegionChangedCheck(nullptr);
-        gSetProgramPathForTesting("");
-        rt::setErrorReporter(nullptr);
-    }
+
     ScriptedHost host;
     ErrorFlag flag = kFalse;
 };
 
 TEST_F(StartUpTest, DescribesTheRunningKernel)
 {
-    gRelease = "6.1.0-27-amd64";
-    EXPECT_EQ(gsGGetOSVersion(flag),
-              "Linux v6.1 Build 0 #1 SMP PREEMPT_DYNAMIC Debian 6.1.112-1");
-    gRelease = "5.15.167.4-microsoft-standard";
-    EXPECT_EQ(gsGGetOSVersion(flag).substr(0, 22), "Linux v5.15 Build 167 ");
-    gRelease = "6.8";
-    EXPECT_EQ(gsGGetOSVersion(flag).substr(0, 18), "Linux v6.8 Build 0");
+    EXPECT_EQ(versionOf("6.1.0-27-amd64"), "Linux v6.1 Build 0 #1 SMP PREEMPT_DYNAMIC Debian 6.1.112-1");
+    EXPECT_EQ(versionOf("5.15.167.4-microsoft-standard").substr(0, 22), "Linux v5.15 Build 167 ");
+    EXPECT_EQ(versionOf("6.8").substr(0, 18), "Linux v6.8 Build 0");
     EXPECT_EQ(flag, kFalse);
     EXPECT_TRUE(host.boxes.empty());
 }
 
 TEST_F(StartUpTest, AnUnreadableVersionIsReportedThenCalledUnknown)
 {
-    gRelease = "weird";
+    host.osVersion = host::SystemVersion{"weird", "#1"};
     gGStartUpSetStuff(flag);
     ASSERT_EQ(host.boxes.size(), 1u);
     EXPECT_NE(host.boxes[0].text.find("modGeneral.gsGGetOSVersion."), std::string::npos);
@@ -75,17 +55,21 @@ TEST_F(StartUpTest, AnUnreadableVersionIsReportedThenCalledUnknown)
 
 TEST_F(StartUpTest, KeepsTheRegionalCheckUnlessItFailed)
 {
-    gRelease = "6.1.0";
-    gSetRegionChangedCheck([](ErrorFlag&) { return kTrue; });
+    host.saveSetting("Marlo", "Wavelark", "UserRegion", "49");
     gGStartUpSetStuff(flag);
     EXPECT_EQ(gbUserRegionChanged, kTrue);
 
-    gSetRegionChangedCheck([](ErrorFlag& bError) {
-        bError = kTrue;
-        return kFalse;
-    });
+    // The settings cannot be read: the check fails into the error reporter.
+    ::chmod(host.settingsFile().c_str(), 0);
+    testing_support::NoFileOverride asAUser;
+    host.regionCode = "49";
+    host.boxes.clear();
     gGStartUpSetStuff(flag);
     EXPECT_EQ(gbUserRegionChanged, kTrue) << "a failed check leaves the flag as it was";
+    ASSERT_EQ(host.boxes.size(), 1u);
+    EXPECT_EQ(host.boxes[0].title, "Unexpected Error!");
+    EXPECT_NE(host.boxes[0].text.find("Path/File access error"), std::string::npos);
+    EXPECT_EQ(flag, kFalse);
     gbUserRegionChanged = kFalse;
 }
 

@@ -8,7 +8,9 @@
 namespace testing_support {
 
 ScriptedHost::ScriptedHost()
-    : settingsFolder_(makeTempFolder("settings")), settings_(settingsFolder_)
+    : programFile(makeTempFolder("program") + "/wavelark"),
+      settingsFolder_(makeTempFolder("settings")),
+      settings_(settingsFolder_)
 {
     host::install(this);
 }
@@ -61,29 +63,16 @@ std::optional<std::string> ScriptedHost::localeInfo(host::LocaleItem item)
     return item == host::LocaleItem::DecimalSeparator ? decimalChar : regionCode;
 }
 
-std::string ScriptedHost::getSetting(const std::string& appKey, const std::string& section,
-                                     const std::string& key, const std::string& defaultValue)
+std::unique_ptr<host::SettingsBatch> ScriptedHost::openSettings(const std::string& appKey,
+                                                              const std::string& section)
 {
-    return settings_.get(appKey, section, key, defaultValue);
-}
-
-void ScriptedHost::saveSetting(const std::string& appKey, const std::string& section,
-                               const std::string& key, const std::string& value)
-{
-    settings_.save(appKey, section, key, value);
+    return settings_.open(appKey, section);
 }
 
 std::int32_t ScriptedHost::openAddress(const std::string& address)
 {
     openedAddresses.push_back(address);
     return openAddressResult;
-}
-
-bool ScriptedHost::startSystemInfo()
-{
-    if (!systemInfoInstalled) return false;
-    ++systemInfoStarts;
-    return true;
 }
 
 }  // namespace testing_support

@@ -1,13 +1,14 @@
 #pragma once
 // A host for tests: every message box is recorded (text, style, title) and
 // answered from a queue (when the queue is empty: Abort for an Abort / Retry /
-// Ignore box, the default button for any other), beeps
-// are counted, the locale is set by the test, settings live in a temporary
-// folder. The clock is real by default; in simulated time the tick count
-// stands still until something sleeps, and each sleep advances it by exactly
-// that long and tells the listeners (the virtual sound card follows it).
-// Addresses and the system-information program are recorded, never opened
-// or started; their answers are set by the test.
+// Ignore box, the default button for any other), beeps are counted, the
+// locale and the kernel are set by the test, and the program and the
+// settings live in temporary folders (the settings in the real store, so
+// batches behave as the program's do). The clock is real by default; in
+// simulated time the tick count stands still until something sleeps, and
+// each sleep advances it by exactly that long and tells the listeners (the
+// virtual sound card follows it). Addresses are recorded, never opened;
+// what opening one answers is set by the test.
 // Installed for the life of the object.
 #include <cstdint>
 #include <deque>
@@ -43,6 +44,12 @@ public:
     // No value makes the locale call fail.
     std::optional<std::string> decimalChar = std::string(".");
     std::optional<std::string> regionCode = std::string("44");
+    // No value makes the kernel unreadable.
+    std::optional<host::SystemVersion> osVersion =
+        host::SystemVersion{"6.1.0-27-amd64", "#1 SMP PREEMPT_DYNAMIC Debian 6.1.112-1"};
+    // "The program": in a temporary folder of its own, so the error log goes
+    // there.
+    std::string programFile;
 
     void useSimulatedTime(std::uint32_t startTick = 1000);
     bool simulatedTime() const { return simulated_; }
@@ -53,13 +60,9 @@ public:
     // Every address opened, and what opening one answers.
     std::vector<std::string> openedAddresses;
     std::int32_t openAddressResult = host::kOpenDone;
-    // How often the system-information program was started, and whether one
-    // is installed.
-    int systemInfoStarts = 0;
-    bool systemInfoInstalled = true;
 
     const std::string& settingsFolder() const { return settingsFolder_; }
-    host::SettingsStore& settings() { return settings_; }
+    std::string settingsFile() const { return settings_.filePath("Marlo"); }
 
     std::int16_t msgBox(const std::string& text, std::int32_t style,
                         const std::string& title) override;
@@ -67,12 +70,11 @@ public:
     std::uint32_t tickCount() override;
     void sleep(std::uint32_t milliseconds) override;
     std::optional<std::string> localeInfo(host::LocaleItem item) override;
-    std::string getSetting(const std::string& appKey, const std::string& section,
-                           const std::string& key, const std::string& defaultValue) override;
-    void saveSetting(const std::string& appKey, const std::string& section,
-                     const std::string& key, const std::string& value) override;
+    std::optional<host::SystemVersion> systemVersion() override { return osVersion; }
+    std::string programPath() override { return programFile; }
+    std::unique_ptr<host::SettingsBatch> openSettings(const std::string& appKey,
+                                                      const std::string& section) override;
     std::int32_t openAddress(const std::string& address) override;
-    bool startSystemInfo() override;
 
 private:
     std::string settingsFolder_;

@@ -1,10 +1,11 @@
 #pragma once
 // The virtual sound card for one test: reset to its defaults at the start
-// and the end, and in simulated time driven by the scripted host's sleep
-// unless real time is asked for. Make the ScriptedHost first.
+// and the end, its mixers logging every value written, and in simulated
+// time driven by the scripted host's sleep unless real time is asked for.
+// Make the ScriptedHost first.
 #include <cstdint>
 
-#include "platform/loopback/VirtualCard.h"
+#include "platform/loopback/VirtualCardTesting.h"
 #include "tests/support/ScriptedHost.h"
 
 namespace testing_support {
@@ -16,6 +17,7 @@ public:
     explicit VirtualCardSession(ScriptedHost& host, Clock clock = Clock::Simulated)
     {
         mm::loopback::reset();
+        mm::loopback::logMixerWrites();
         if (clock == Clock::Simulated) {
             host.useSimulatedTime();
             mm::loopback::useSimulatedTime();

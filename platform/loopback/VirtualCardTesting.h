@@ -1,0 +1,36 @@
+#pragma once
+// Test controls of the virtual card: its device lists and capabilities,
+// latency, accepted rates and injected faults, each in one call, plus the
+// clock and tap of VirtualCardSetup.h and the mixer controls of
+// VirtualMixerTesting.h. Part of the testing library (tests and the
+// measurement tool), never of the program.
+#include <cstdint>
+#include <vector>
+
+#include "platform/loopback/VirtualCard.h"
+#include "platform/loopback/VirtualCardSetup.h"
+#include "platform/loopback/VirtualMixerTesting.h"
+
+namespace mm::loopback {
+
+// Back to the defaults, the card (restartCard) and its mixers
+// (resetMixers). Call with nothing open.
+void reset();
+
+// Call these with nothing open.
+void setOutputDevices(std::vector<DeviceSpec> devices);
+void setInputDevices(std::vector<DeviceSpec> devices);
+void setLatencyMs(std::uint32_t milliseconds);
+std::uint32_t latencyMs();
+void setRateRange(DWORD lowest, DWORD highest);
+
+// Faults, at once: an open or a write refused with the code given (0
+// accepts again), an input that never delivers, a card (and its mixers)
+// gone until reset().
+void refuseOutputOpen(MMRESULT code);
+void refuseInputOpen(MMRESULT code);
+void failWrites(MMRESULT code);
+void silenceInput(bool silent);
+void vanish();
+
+}  // namespace mm::loopback
