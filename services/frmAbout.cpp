@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QIcon>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QVBoxLayout>
 
@@ -42,15 +43,14 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent)
     lblCopyright = new ui::Label("lblCopyright", QString(), this);
     lblDescription = new ui::Label("lblDescription", QString(), this);
     lblDescription->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    // The address as a link: Tab reaches it and Enter opens it; a click
-    // anywhere on the label opens it too (eventFilter).
+    // The address as a link: Tab reaches it, and Enter, Space or a click
+    // anywhere on the label opens it (eventFilter).
     lblWebSite = new ui::Label("lblWebSite", QString(), this);
     lblWebSite->setText(QStringLiteral("<a href=\"%1\">%1</a>").arg(kMakerWebSite));
     lblWebSite->setTextInteractionFlags(Qt::LinksAccessibleByKeyboard);
     lblWebSite->setCursor(Qt::PointingHandCursor);
     lblWebSite->setToolTip("Opens the web site in your browser");
     lblWebSite->installEventFilter(this);
-    connect(lblWebSite, &QLabel::linkActivated, this, [this] { lblWebSite_Click(); });
 
     cmdOK = new ui::CommandButton("cmdOK", "OK", this);
     cmdOK->setDefault(true);
@@ -133,14 +133,28 @@ void frmAbout::lblWebSite_Click()
 
 bool frmAbout::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == lblWebSite && event->type() == QEvent::MouseButtonRelease) {
-        const auto* mouse = static_cast<QMouseEvent*>(event);
-        if (mouse->button() == Qt::LeftButton && lblWebSite->rect().contains(mouse->position().toPoint())) {
-            lblWebSite_Click();
-            return true;
-        }
+    if (watched == lblWebSite && mbIsWebSiteClick(*event)) {
+        lblWebSite_Click();
+        return true;
     }
     return QDialog::eventFilter(watched, event);
+}
+
+// A left click released over the label, or Enter or Space while it has the
+// focus: the label itself only opens a link that Tab has already selected
+// inside it, and Enter would otherwise reach the dialog's OK.
+bool frmAbout::mbIsWebSiteClick(const QEvent& event) const
+{
+    if (event.type() == QEvent::MouseButtonRelease) {
+        const auto& mouse = static_cast<const QMouseEvent&>(event);
+        return mouse.button() == Qt::LeftButton &&
+               lblWebSite->rect().contains(mouse.position().toPoint());
+    }
+    if (event.type() == QEvent::KeyPress) {
+        const int key = static_cast<const QKeyEvent&>(event).key();
+        return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
+    }
+    return false;
 }
 
 void gShowAbout(QWidget* owner)

@@ -39,10 +39,11 @@ public:
     void lblWebSite_Click();
 
 protected:
-    // A left click on the web-site label is its Click.
+    // A click on the web-site label, or Enter on it, is its Click.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    bool mbIsWebSiteClick(const QEvent& event) const;
     // The maker's name and contact lines, one per CR.
     static std::string msCompanyNameContact();
 };

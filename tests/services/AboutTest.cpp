@@ -199,8 +199,11 @@ TEST_F(About, TheWebSiteLabelOpensTheAddressAndSaysWhenItCannot)
     host.openAddressResult = host::kOpenNoAssociation;
     form.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
-    form.lblWebSite->setFocus(Qt::TabFocusReason);
+    form.cmdSysInfo->setFocus();
+    QTest::keyClick(form.cmdSysInfo, Qt::Key_Tab);
+    ASSERT_EQ(QApplication::focusWidget(), form.lblWebSite);
     QTest::keyClick(form.lblWebSite, Qt::Key_Return);
+    EXPECT_TRUE(form.isVisible());  // Enter opened the address; it did not press OK
 
     const std::vector<std::string> opened(2, address.toStdString());
     EXPECT_EQ(host.openedAddresses, opened);
