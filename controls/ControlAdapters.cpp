@@ -66,6 +66,14 @@ std::string WidgetAdapter<Interface>::text() const
 }
 
 template <class Interface>
+std::string WidgetAdapter<Interface>::unselectedText() const
+{
+    const auto* box = qobject_cast<const QLineEdit*>(widget_);
+    if (box == nullptr || !box->hasSelectedText()) return text();
+    return box->text().remove(box->selectionStart(), box->selectionLength()).toStdString();
+}
+
+template <class Interface>
 void WidgetAdapter<Interface>::setText(const std::string& text)
 {
     const QString qtext = QString::fromStdString(text);

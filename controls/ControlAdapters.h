@@ -39,6 +39,7 @@ public:
     void setFocus() override;
     std::string text() const override;
     void setText(const std::string& text) override;
+    std::string unselectedText() const override;
 
 private:
     QWidget* widget_;

@@ -82,6 +82,17 @@ std::int16_t keyCodeOf(const QKeyEvent* event)
     return namedKeyCode(key);
 }
 
+std::int16_t keyAsciiOf(const QKeyEvent* event)
+{
+    const int key = event->key();
+    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    if ((modifiers & Qt::ControlModifier) && !(modifiers & Qt::AltModifier) && key >= Qt::Key_A &&
+        key <= Qt::Key_Z)
+        return asciiCtrl(static_cast<char>('A' + key - Qt::Key_A));
+    const QString typed = event->text();
+    return typed.isEmpty() ? 0 : static_cast<std::int16_t>(typed.at(0).unicode());
+}
+
 std::int16_t shiftStateOf(Qt::KeyboardModifiers modifiers)
 {
     std::int16_t shift = 0;

@@ -17,6 +17,10 @@ std::int32_t fromQColor(const QColor& colour);
 
 // The key code of a key event; 0 for a key the handlers have no code for.
 std::int16_t keyCodeOf(const QKeyEvent* event);
+// The character code a key types (KeyAscii): Ctrl with a letter gives the
+// letter's control character whatever text the platform attached; 0 when
+// the key types nothing.
+std::int16_t keyAsciiOf(const QKeyEvent* event);
 // The shift state of the modifiers held.
 std::int16_t shiftStateOf(Qt::KeyboardModifiers modifiers);
 // The code of a mouse button; 0 for buttons the handlers do not know.

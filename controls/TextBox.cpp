@@ -185,14 +185,12 @@ void TextBox::keyPressEvent(QKeyEvent* event)
     if (KeyDown && keyCode != 0) KeyDown(keyCode, shiftStateOf(event->modifiers()));
 
     // Delete edits the text without typing a character.
-    const QString typed = event->text();
-    if (!KeyPress || typed.isEmpty() || typed.at(0) == QChar(kAsciiDelete) ||
-        event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab ||
-        event->key() == Qt::Key_Escape) {
+    std::int16_t keyAscii = keyAsciiOf(event);
+    if (!KeyPress || keyAscii == 0 || keyAscii == kAsciiDelete || event->key() == Qt::Key_Tab ||
+        event->key() == Qt::Key_Backtab || event->key() == Qt::Key_Escape) {
         QLineEdit::keyPressEvent(event);
         return;
     }
-    std::int16_t keyAscii = static_cast<std::int16_t>(typed.at(0).unicode());
     const std::int16_t original = keyAscii;
     KeyPress(keyAscii);
     if (keyAscii == 0) {

@@ -131,14 +131,12 @@ void frmInputNumber::txtNumber_KeyPress(std::int16_t& KeyAscii)
     rt::Trap trap(kModule, "txtNumber_KeyPress", bError);
     trap.step([&] {
         KeyAscii = mbInteger ? gnKeyPressAsciiInteger(KeyAscii, bError)
-                             : gnKeyPressAsciiReal(KeyAscii, txtNumber->control().text(), bError);
+                             : gnKeyPressAsciiReal(KeyAscii, txtNumber->control().unselectedText(), bError);
     });
     trap.step([&] {
         if (KeyAscii != ui::kAsciiEnter) return;
         KeyAscii = 0;
-        const Bool16 inError = gbCtrlTxtError(mfMax, mfMin, mfResolution, kFalse, "",
-                                              windowTitle().toStdString(), txtNumber->control(),
-                                              bError);
+        const Bool16 inError = mbTextInError(bError);
         if (inError || bError) return;
         gbGSetFocus(cmdOK->control());
         cmdOK_Click();
@@ -165,9 +163,16 @@ void frmInputNumber::txtNumber_Validate(bool& Cancel)
     ErrorFlag bError = kFalse;
     rt::Trap trap(kModule, "txtNumber_Validate", bError);
     trap.step([&] {
-        Cancel = gbCtrlTxtError(mfMax, mfMin, mfResolution, kFalse, "", windowTitle().toStdString(),
-                                txtNumber->control(), bError) != kFalse;
+        Cancel = mbTextInError(bError) != kFalse;
     });
+}
+
+// The leave-check by the stored rule, zero allowed, no unit.
+Bool16 frmInputNumber::mbTextInError(ErrorFlag& bError)
+{
+    const auto check = mbInteger ? gbCtrlTxtErrorWhole : gbCtrlTxtError;
+    return check(mfMax, mfMin, mfResolution, kFalse, "", windowTitle().toStdString(),
+                 txtNumber->control(), bError);
 }
 
 void frmInputNumber::mSpinFromText(ErrorFlag& bError)

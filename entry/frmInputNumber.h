@@ -59,6 +59,7 @@ private:
     // Brings the spin control to the whole number typed in the box before
     // the spin steps from it.
     void mSpinFromText(ErrorFlag& bError);
+    Bool16 mbTextInError(ErrorFlag& bError);
 
     float mfMax = 0;
     float mfMin = 0;

@@ -1,5 +1,7 @@
 #include "entry/modControl.h"
 
+#include <cmath>
+
 #include "base/NumberText.h"
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
@@ -29,13 +31,17 @@ Bool16 gbCtrlTextValidNumber(const std::string& Text, ErrorFlag& bError)
     return valid;
 }
 
-Bool16 gbCtrlTxtError(float ifMax, float ifMin, float ifResolution, Bool16 bZeroRefused,
-                      const std::string& Unit, const std::string& Title, ui::Control& TextBox,
-                      ErrorFlag& bError)
+namespace {
+
+// The leave-check of both kinds of box; a whole-numbered one also refuses a
+// fraction, with the same range message as a value out of range.
+Bool16 ctrlTxtError(const char* procedure, bool whole, float ifMax, float ifMin,
+                    float ifResolution, Bool16 bZeroRefused, const std::string& Unit,
+                    const std::string& Title, ui::Control& TextBox, ErrorFlag& bError)
 {
     Bool16 inError = kFalse;
     std::string message;
-    rt::Trap trap(kModule, "gbCtrlTxtError", bError);
+    rt::Trap trap(kModule, procedure, bError);
     trap.step([&] {
         const std::string maxText = rt::strNumber(ifMax);
         const std::string minText = rt::strNumber(ifMin);
@@ -47,7 +53,8 @@ Bool16 gbCtrlTxtError(float ifMax, float ifMin, float ifResolution, Bool16 bZero
         const bool isNumber = gbCtrlTextValidNumber(text, bError) != kFalse;
         const float value = isNumber ? rt::toSingleUser(text) : 0.0f;
         const bool zeroAllowed = value != 0 || !bZeroRefused;
-        if (zeroAllowed && isNumber && ifMin <= value && value <= ifMax) {
+        const bool kindAllowed = !whole || value == std::trunc(value);
+        if (zeroAllowed && isNumber && kindAllowed && ifMin <= value && value <= ifMax) {
             const std::string pattern = gsFormatNumber(ifMax, ifMin, ifResolution, bError);
             const std::string formatted = rt::formatNumber(value, pattern);
             if (text != formatted) TextBox.setText(formatted);
@@ -63,4 +70,22 @@ Bool16 gbCtrlTxtError(float ifMax, float ifMin, float ifResolution, Bool16 bZero
         if (inError) gbGSetFocus(TextBox);
     });
     return inError;
+}
+
+}  // namespace
+
+Bool16 gbCtrlTxtError(float ifMax, float ifMin, float ifResolution, Bool16 bZeroRefused,
+                      const std::string& Unit, const std::string& Title, ui::Control& TextBox,
+                      ErrorFlag& bError)
+{
+    return ctrlTxtError("gbCtrlTxtError", false, ifMax, ifMin, ifResolution, bZeroRefused, Unit,
+                        Title, TextBox, bError);
+}
+
+Bool16 gbCtrlTxtErrorWhole(float ifMax, float ifMin, float ifResolution, Bool16 bZeroRefused,
+                           const std::string& Unit, const std::string& Title,
+                           ui::Control& TextBox, ErrorFlag& bError)
+{
+    return ctrlTxtError("gbCtrlTxtErrorWhole", true, ifMax, ifMin, ifResolution, bZeroRefused,
+                        Unit, Title, TextBox, bError);
 }

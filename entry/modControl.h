@@ -23,3 +23,9 @@ Bool16 gbCtrlTextValidNumber(const std::string& Text, ErrorFlag& bError);
 Bool16 gbCtrlTxtError(float ifMax, float ifMin, float ifResolution, Bool16 bZeroRefused,
                       const std::string& Unit, const std::string& Title, ui::Control& TextBox,
                       ErrorFlag& bError);
+
+// The same check for a whole-numbered box: a fraction ("12.5") is refused
+// with the same range message.
+Bool16 gbCtrlTxtErrorWhole(float ifMax, float ifMin, float ifResolution, Bool16 bZeroRefused,
+                           const std::string& Unit, const std::string& Title,
+                           ui::Control& TextBox, ErrorFlag& bError);

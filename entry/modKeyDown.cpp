@@ -24,8 +24,9 @@ std::string gsKeyDown(std::int16_t KeyCode, std::int16_t Shift, const std::strin
         if (!up && !down && !home && !end) return;
 
         if (!gbCtrlTextValidNumber(Text, bError)) {
-            // The first press on a broken field shows the far limit.
-            result = (end || up) ? rt::strNumber(Min) : rt::strNumber(Max);
+            // The first press on a broken field shows the far limit, in the
+            // user's form so that the next press steps on from it.
+            result = rt::userText((end || up) ? Min : Max);
             return;
         }
         float step = gfKeyMouseIncrement(Max, Min, Resolution, bError);

@@ -11,7 +11,7 @@
 // in the field's format, or Text itself for any other key (plain Home and
 // End included). A step against the limit already reached beeps. A text
 // that is not a number becomes the limit on the far side of the direction
-// pressed (Up and End give the minimum, Down and Home the maximum), as
-// locale-independent text.
+// pressed (Up and End give the minimum, Down and Home the maximum), in the
+// user's form ("0,25" with a comma locale), so stepping goes on from it.
 std::string gsKeyDown(std::int16_t KeyCode, std::int16_t Shift, const std::string& Text,
                       float Max, float Min, float Resolution, ErrorFlag& bError);

@@ -24,7 +24,8 @@ std::int16_t gnKeyPressAsciiInteger(std::int16_t KeyAscii, ErrorFlag& bError)
     rt::Trap trap(kModule, "gnKeyPressAsciiInteger", bError);
     trap.step([&] {
         const bool accepted = KeyAscii == ui::kAsciiBackspace || KeyAscii == ui::kAsciiEnter ||
-                              KeyAscii == '-' || (KeyAscii >= '0' && KeyAscii <= '9');
+                              ui::isEditingShortcut(KeyAscii) || KeyAscii == '-' ||
+                              (KeyAscii >= '0' && KeyAscii <= '9');
         result = accepted ? KeyAscii : refuse();
     });
     return result;
@@ -42,7 +43,9 @@ std::int16_t gnKeyPressAsciiReal(std::int16_t KeyAscii, const std::string& Text,
         const bool candidate = KeyAscii == ui::kAsciiBackspace || KeyAscii == '-' ||
                                KeyAscii == decimalCode || KeyAscii >= '0' ||
                                KeyAscii == ui::kAsciiEnter;
-        if (!candidate || KeyAscii > '9') {
+        if (ui::isEditingShortcut(KeyAscii)) {
+            result = KeyAscii;  // a paste is judged by the Change handler and the leave-check
+        } else if (!candidate || KeyAscii > '9') {
             result = refuse();
         } else if (KeyAscii == decimalCode && !decimalChar.empty() &&
                    Text.find(decimalChar) != std::string::npos) {

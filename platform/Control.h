@@ -28,6 +28,9 @@ public:
     // The text of a text box, or the caption of a label, button or menu item.
     virtual std::string text() const { return {}; }
     virtual void setText(const std::string&) {}
+    // The text that stays when a typed key replaces the selection (the whole
+    // text when nothing is selected): what a key filter judges the key with.
+    virtual std::string unselectedText() const { return text(); }
 };
 
 // An up-down (spin) control: a 32-bit value stepped between Min and Max.

@@ -48,4 +48,17 @@ inline constexpr std::int16_t kAsciiBackspace = 8;
 inline constexpr std::int16_t kAsciiEnter = 13;
 inline constexpr std::int16_t kAsciiDelete = 127;
 
+// Ctrl with a letter types that letter's control character (Ctrl+A is 1).
+inline constexpr std::int16_t kAsciiCtrlA = 1;
+inline constexpr std::int16_t asciiCtrl(char letter) { return static_cast<std::int16_t>(letter - 'A' + kAsciiCtrlA); }
+
+// The clipboard and editing shortcuts a number box lets through: select
+// all, copy, paste, cut, redo (Ctrl+Y) and undo.
+inline constexpr bool isEditingShortcut(std::int16_t keyAscii)
+{
+    for (char letter : {'A', 'C', 'V', 'X', 'Y', 'Z'})
+        if (keyAscii == asciiCtrl(letter)) return true;
+    return false;
+}
+
 }  // namespace ui

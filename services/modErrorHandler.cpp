@@ -29,6 +29,17 @@ bool folderWritable(const fs::path& folder)
     return fs::is_directory(folder, error) && ::access(folder.c_str(), W_OK) == 0;
 }
 
+// An installed program never logs beside itself, even when run by root, who
+// may write there: the log of a package's binary belongs to the user.
+bool installedFolder(const fs::path& folder)
+{
+    static const char* const kSystemPrefixes[] = {"/usr/", "/bin", "/sbin", "/opt/", "/snap/"};
+    const std::string path = folder.string() + "/";
+    for (const char* prefix : kSystemPrefixes)
+        if (path.starts_with(prefix)) return true;
+    return false;
+}
+
 fs::path userStateFolder()
 {
     const char* state = std::getenv("XDG_STATE_HOME");
@@ -84,7 +95,7 @@ std::string gsErrorLogFileName()
     const fs::path program(host::current().programPath());
     const std::string fileName = program.stem().string() + ".log";
     const fs::path folder = program.parent_path();
-    if (folderWritable(folder)) return folder.string() + "/" + fileName;
+    if (!installedFolder(folder) && folderWritable(folder)) return folder.string() + "/" + fileName;
 
     const fs::path stateFolder = userStateFolder();
     std::error_code ignored;

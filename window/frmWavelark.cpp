@@ -82,6 +82,7 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     whole->addLayout(top);
     whole->addWidget(makeTabs());
     setCentralWidget(central);
+    makeAccessible();
 
     ui::addOpenForm(this);
 }

@@ -113,6 +113,7 @@ private:
     QWidget* makeInfoPage();
     QWidget* makeSystemPage();
     void makeMenus();
+    void makeAccessible();
 
     template <class Widget, class... Args>
     Widget* make(Args&&... args);

@@ -10,6 +10,7 @@
 #include "entry/modFormatNumber.h"
 #include "entry/modKeyPressAscii.h"
 #include "entry/modStringParse.h"
+#include "platform/KeyCodes.h"
 #include "services/modGeneral.h"
 #include "tests/support/FakeControls.h"
 #include "tests/support/ScriptedHost.h"
@@ -53,7 +54,24 @@ TEST(KeyFilters, WholeNumberedFieldsPassDigitsMinusAndEditingKeysOnly)
     ErrorFlag bError = kFalse;
     EXPECT_EQ(gnKeyPressAsciiInteger(8, bError), 8);
     EXPECT_EQ(gnKeyPressAsciiInteger(13, bError), 13);
-    EXPECT_EQ(gnKeyPressAsciiInteger(22, bError), 0);  // Ctrl+V
+}
+
+TEST(KeyFilters, TheClipboardAndEditingShortcutsPassBothFiltersOtherControlCharactersDoNot)
+{
+    testing_support::ScriptedHost host;
+    ErrorFlag bError = kFalse;
+    for (char letter : {'A', 'C', 'V', 'X', 'Y', 'Z'}) {
+        const std::int16_t code = ui::asciiCtrl(letter);
+        EXPECT_EQ(gnKeyPressAsciiInteger(code, bError), code) << "Ctrl+" << letter;
+        EXPECT_EQ(gnKeyPressAsciiReal(code, "1.5-", bError), code) << "Ctrl+" << letter;
+    }
+    EXPECT_EQ(host.beeps, 0);
+    for (std::int16_t other : {ui::asciiCtrl('B'), ui::asciiCtrl('W'), std::int16_t{9}, std::int16_t{27}}) {
+        EXPECT_EQ(gnKeyPressAsciiInteger(other, bError), 0) << other;
+        EXPECT_EQ(gnKeyPressAsciiReal(other, "", bError), 0) << other;
+    }
+    EXPECT_EQ(host.beeps, 8);
+    EXPECT_FALSE(bError);
 }
 
 TEST(KeyFilters, RealFieldsTakeOneDecimalCharacterAndOneMinus)
@@ -153,9 +171,32 @@ TEST(LeaveCheck, GoodValuesAreRewrittenInTheFieldsFormat)
 
     FakeTextBox seven("7");
     ErrorFlag bError = kFalse;
-    EXPECT_FALSE(gbCtrlTxtError(2000, 1, 1, kFalse, "mS", "t", seven, bError));
+    EXPECT_FALSE(gbCtrlTxtErrorWhole(2000, 1, 1, kFalse, "mS", "t", seven, bError));
     EXPECT_EQ(seven.setTextCount, 0) << "a whole-numbered field keeps 7 as it is";
     EXPECT_EQ(seven.focusCount, 0);
+}
+
+TEST(LeaveCheck, AWholeNumberedFieldRefusesAFractionWithTheRangeMessage)
+{
+    testing_support::ScriptedHost host;
+    ErrorFlag bError = kFalse;
+    FakeTextBox fraction("12.5");
+    EXPECT_TRUE(gbCtrlTxtErrorWhole(2000, 9, 1, kFalse, "mS", "Wavelark v1.0.0", fraction, bError));
+    EXPECT_EQ(fraction.text(), "12.5") << "the text stays for the user to correct";
+    EXPECT_EQ(fraction.focusCount, 1);
+    FakeTextBox whole("12.0"), outside("8");
+    EXPECT_FALSE(gbCtrlTxtErrorWhole(2000, 9, 1, kFalse, "mS", "t", whole, bError));
+    EXPECT_EQ(whole.text(), "12");
+    EXPECT_TRUE(gbCtrlTxtErrorWhole(2000, 9, 1, kFalse, "mS", "t", outside, bError));
+    ASSERT_EQ(host.boxes.size(), 2u);
+    EXPECT_EQ(host.boxes[0].text, "In the range  9 to  2000 (mS) please!");
+    EXPECT_EQ(host.boxes[0].title, "Wavelark v1.0.0");
+    EXPECT_EQ(host.boxes[1].text, host.boxes[0].text);
+
+    FakeTextBox real("12.5");
+    EXPECT_FALSE(gbCtrlTxtError(2000, 9, 1, kFalse, "mS", "t", real, bError))
+        << "a real field with a resolution of 1 keeps its fraction";
+    EXPECT_FALSE(bError);
 }
 
 TEST(LeaveCheck, ACommaLocaleFormatsWithTheComma)

@@ -221,6 +221,69 @@ TEST_F(InputNumberDialog, PastedJunkIsRefusedByOKAndItsAccelerator)
     EXPECT_EQ(host.boxes.size(), 5u);
 }
 
+TEST_F(InputNumberDialog, ClipboardKeysAndTypingOverASelectionWorkInBothLocales)
+{
+    for (const char* decimalChar : {".", ","}) {
+        host.decimalChar = decimalChar;
+        const QString point = QString::fromLatin1(decimalChar);
+        auto dialog = open(cyclesRequest());
+        ui::TextBox* box = dialog->txtNumber;
+
+        retype(box, "1" + point + "5");
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        EXPECT_EQ(box->selectedText(), "1" + point + "5") << "Ctrl+A selects";
+        QTest::keyClick(box, Qt::Key_C, Qt::ControlModifier);
+        EXPECT_EQ(QApplication::clipboard()->text(), "1" + point + "5") << "Ctrl+C copies";
+        QTest::keyClicks(box, point);
+        EXPECT_EQ(box->text(), point) << "the decimal character replaces the selection";
+        QTest::keyClicks(box, point);
+        EXPECT_EQ(box->text(), point) << "a second one is still refused";
+        QTest::keyClick(box, Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(box->text(), "1" + point + "5") << "Ctrl+Z undoes";
+
+        retype(box, "-2");
+        QTest::keyClicks(box, "-");
+        EXPECT_EQ(box->text(), "-2") << "a second minus is refused";
+        box->selectAll();
+        QTest::keyClicks(box, "-");
+        EXPECT_EQ(box->text(), "-") << "a minus over the selected \"-2\" is taken";
+
+        QApplication::clipboard()->setText("3" + point + "25");
+        box->selectAll();
+        QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
+        EXPECT_EQ(box->text(), "3" + point + "25") << "Ctrl+V pastes over the selection";
+        QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(box, Qt::Key_X, Qt::ControlModifier);
+        EXPECT_EQ(box->text(), "") << "Ctrl+X cuts";
+        EXPECT_EQ(QApplication::clipboard()->text(), "3" + point + "25");
+
+        QTest::keyClick(box, Qt::Key_Up);
+        QTest::keyClick(box, Qt::Key_Up);
+        EXPECT_EQ(box->text(), "0" + point + "30") << "an emptied box steps on from its limit";
+        gKeyMouseIncrementEnd();
+        EXPECT_EQ(host.beeps, 2) << "only the refused decimal character and minus beep";
+        host.beeps = 0;
+    }
+}
+
+TEST_F(InputNumberDialog, AWholeNumberBoxRefusesAPastedFraction)
+{
+    const std::string answer = ask(periodRequest(), [&](frmInputNumber& dialog) {
+        QApplication::clipboard()->setText("12.5");
+        dialog.txtNumber->selectAll();
+        QTest::keyClick(dialog.txtNumber, Qt::Key_V, Qt::ControlModifier);
+        EXPECT_EQ(dialog.txtNumber->control().text(), "12.5");
+        QTest::keyClick(dialog.txtNumber, Qt::Key_Return);
+        settle();
+        EXPECT_TRUE(dialog.isVisible());
+        ASSERT_EQ(host.boxes.size(), 1u);
+        EXPECT_EQ(host.boxes[0].text, "In the range  2 to  2000 please!");
+        retype(dialog.txtNumber, "12");
+        QTest::keyClick(dialog.txtNumber, Qt::Key_Return);
+    });
+    EXPECT_EQ(answer, " 12");
+}
+
 TEST_F(InputNumberDialog, CancelEscapeAndTheFrameLeaveWithNothing)
 {
     EXPECT_EQ(ask(cyclesRequest(),

@@ -92,10 +92,10 @@ TEST_F(Stepping, HomeAndEndJumpOnlyWithShiftOrCtrl)
 
 TEST_F(Stepping, ANonNumberShowsTheLimitOppositeTheKey)
 {
-    EXPECT_EQ(press(kKeyUp, 0, "abc", 10, 0.25f, 0.05f), " .25");
-    EXPECT_EQ(press(kKeyDown, 0, "", 10, 0.25f, 0.05f), " 10");
-    EXPECT_EQ(press(kKeyEnd, kShiftMask, "-", 10, 0.25f, 0.05f), " .25");
-    EXPECT_EQ(press(kKeyHome, kCtrlMask, ",", 10, -3, 1), " 10");
+    EXPECT_EQ(press(kKeyUp, 0, "abc", 10, 0.25f, 0.05f), "0.25");
+    EXPECT_EQ(press(kKeyDown, 0, "", 10, 0.25f, 0.05f), "10");
+    EXPECT_EQ(press(kKeyEnd, kShiftMask, "-", 10, 0.25f, 0.05f), "0.25");
+    EXPECT_EQ(press(kKeyHome, kCtrlMask, ",", 10, -3, 1), "10");
     EXPECT_EQ(press(kKeyUp, 0, "x", 10, -3, 1), "-3");
     EXPECT_EQ(host.beeps, 0);
     EXPECT_FALSE(gSteppingState().stepping) << "a broken field does not start a press";
@@ -108,7 +108,25 @@ TEST_F(Stepping, ACommaLocaleStepsAndFormatsWithTheComma)
     gKeyMouseIncrementEnd();
     EXPECT_EQ(press(kKeyUp, kShiftMask, "3", 10, 0.25f, 0.05f), "3,50");
     gKeyMouseIncrementEnd();
-    EXPECT_EQ(press(kKeyUp, 0, "2.5", 10, 0.25f, 0.05f), " .25") << "2.5 is not a number here";
+    EXPECT_EQ(press(kKeyUp, 0, "2.5", 10, 0.25f, 0.05f), "0,25") << "2.5 is not a number here";
+}
+
+TEST_F(Stepping, AnEmptiedFieldStepsOnFromItsLimitInEveryLocale)
+{
+    for (const char* decimalChar : {".", ","}) {
+        host.decimalChar = decimalChar;
+        std::string text = "";
+        for (const char* expected : {"0#25", "0#30", "0#40"}) {
+            text = press(kKeyUp, 0, text, 10, 0.25f, 0.05f);
+            std::string want = expected;
+            want[1] = decimalChar[0];
+            EXPECT_EQ(text, want) << "decimal character " << decimalChar;
+        }
+        gKeyMouseIncrementEnd();
+        EXPECT_EQ(press(kKeyDown, 0, "x", 2000, 0.5f, 0.1f), "2000");
+        EXPECT_EQ(press(kKeyDown, 0, "2000", 2000, 0.5f, 0.1f), std::string("1999") + decimalChar + "9");
+        gKeyMouseIncrementEnd();
+    }
 }
 
 TEST_F(Stepping, OtherButtonsDoNotStepTheSpin)

@@ -111,6 +111,14 @@ TEST_F(ErrorHandlerTest, TheLogGoesToTheStateFolderWhenTheProgramFolderIsNotWrit
     const std::string expected = std::string(std::getenv("XDG_STATE_HOME")) + "/Marlo/wavelark.log";
     EXPECT_EQ(gsErrorLogFileName(), expected);
     EXPECT_EQ(crlfLines(expected).size(), 3u);
+
+    // An installed binary logs to the state folder even for root, who could
+    // write beside it.
+    const std::string stateLog = expected;
+    for (const char* installed : {"/usr/bin/wavelark", "/usr/local/bin/wavelark", "/opt/wavelark/wavelark"}) {
+        host.programFile = installed;
+        EXPECT_EQ(gsErrorLogFileName(), stateLog) << installed;
+    }
 }
 
 TEST_F(ErrorHandlerTest, AFailingLogWriteStillShowsTheBoxAndReachesTheCallersTrap)

@@ -3,6 +3,7 @@
 // that fits a 1024x768 screen.
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QLabel>
@@ -20,6 +21,7 @@
 #include "controls/PictureBox.h"
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
+#include "controls/VScrollBar.h"
 #include "services/modControlsEnable.h"
 #include "tests/support/ScriptedHost.h"
 #include "window/frmWavelark.h"
@@ -51,9 +53,9 @@ const Expected kControls[] = {
     {"chkInvert", "CheckBox", "Invert", "Output INVERTED when selected"},
     {"chkSweep", "CheckBox", "Swee&p", "Sweeps from Frequency 1 to Frequency 2 when selected"},
     {"lblOutLevel", "Label", "Ou&t", ""},
-    {"vsbOutLevel", "VScrollBar", nullptr, ""},
+    {"vsbOutLevel", "VScrollBar", nullptr, "50 %"},
     {"lblInLevel", "Label", "Mic", ""},
-    {"vsbInLevel", "VScrollBar", nullptr, ""},
+    {"vsbInLevel", "VScrollBar", nullptr, "50 %"},
     {"chkMute", "CheckBox", "&Mute", "Mute ON when selected"},
     {"picPolarity", "PictureBox", nullptr, "Click to change the background colour"},
     {"CommonDialogue", "CommonDialog", nullptr, nullptr},
@@ -190,6 +192,50 @@ TEST_F(LayoutTest, AcceleratorsReachTheirControls)
     EXPECT_TRUE(QTest::qWaitFor([&] { return window.chkSweep->isChecked(); }));
     QTest::keyClick(&window, Qt::Key_Y, Qt::AltModifier);
     EXPECT_EQ(window.tabTab->currentIndex(), 3);
+}
+
+TEST_F(LayoutTest, EveryControlAScreenReaderMeetsHasAName)
+{
+    for (QWidget* widget : window.findChildren<QWidget*>()) {
+        if (widget->objectName().isEmpty() || widget->focusPolicy() == Qt::NoFocus) continue;
+        QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(widget);
+        ASSERT_NE(reader, nullptr);
+        EXPECT_FALSE(reader->text(QAccessible::Name).isEmpty()) << widget->objectName().toStdString();
+    }
+    EXPECT_EQ(window.vsbOutLevel->accessibleName(), "Output level");
+    EXPECT_EQ(window.txtFrequency1->accessibleName(), "Frequency 1 (Hz)") << "named by its label";
+}
+
+TEST_F(LayoutTest, TheLevelBarsAreReachedAndMovedByKeysAndSayTheirLevel)
+{
+    showActive();
+    QTest::keyClick(&window, Qt::Key_T, Qt::AltModifier);
+    ASSERT_EQ(QApplication::focusWidget(), window.vsbOutLevel) << "the Ou&t accelerator";
+    window.vsbOutLevel->setValue(16384);
+    QTest::keyClick(window.vsbOutLevel, Qt::Key_Home);
+    EXPECT_EQ(window.vsbOutLevel->value(), 0);
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "100 %");
+    QTest::keyClick(window.vsbOutLevel, Qt::Key_PageDown);
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "90 %");
+    EXPECT_EQ(window.vsbOutLevel->accessibleDescription(), "90 %");
+    QTest::keyClick(window.vsbOutLevel, Qt::Key_Down);
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "89 %");
+    QTest::keyClick(window.vsbOutLevel, Qt::Key_End);
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "0 %");
+
+    QTest::keyClick(window.vsbOutLevel, Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), window.vsbInLevel) << "Tab goes on to the input bar";
+}
+
+TEST_F(LayoutTest, CommonShortcutsSitBesideTheAccelerators)
+{
+    EXPECT_EQ(window.mnuFiExit->shortcut(), QKeySequence("Ctrl+Q"));
+    EXPECT_EQ(window.mnuFiPrint->shortcut(), QKeySequence("Ctrl+P"));
+    EXPECT_EQ(window.mnuHAbout->shortcut(), QKeySequence("F1"));
+    EXPECT_EQ(window.mnuFiExit->text(), "E&xit") << "the caption stays as it is";
+    showActive();
+    QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_FALSE(window.isVisible());
 }
 
 TEST_F(LayoutTest, FileExitClosesTheWindow)
