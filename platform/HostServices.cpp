@@ -40,6 +40,9 @@ void HostServices::saveSetting(const std::string& appKey, const std::string& sec
     batch->commit();
 }
 
+std::int32_t HostServices::openAddress(const std::string&) { return kOpenNoAssociation; }
+bool HostServices::startSystemInfo() { return false; }
+
 HostServices& current() { return gInstalled != nullptr ? *gInstalled : systemHost(); }
 
 void install(HostServices* services) { gInstalled = services; }
@@ -52,6 +55,8 @@ std::int16_t msgBox(const std::string& text, std::int32_t style, const std::stri
 void beep() { current().beep(); }
 std::uint32_t tickCount() { return current().tickCount(); }
 void sleep(std::uint32_t milliseconds) { current().sleep(milliseconds); }
+std::int32_t openAddress(const std::string& address) { return current().openAddress(address); }
+bool startSystemInfo() { return current().startSystemInfo(); }
 
 std::int16_t defaultAnswer(std::int32_t style)
 {

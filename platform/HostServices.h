@@ -38,6 +38,14 @@ enum MsgBoxResult : std::int16_t {
     kResultNo = 7,
 };
 
+// What opening an address gives, as the desktop shell's open reports it: a
+// value of kOpenDone or above when the address was handed to a program, a
+// lower one saying why it was not.
+inline constexpr std::int32_t kOpenDone = 33;
+// No program is set up to open addresses of this kind (no browser, or no
+// desktop opener at all).
+inline constexpr std::int32_t kOpenNoAssociation = 31;
+
 // Locale items by their published numbers.
 enum class LocaleItem : std::int32_t {
     RegionCode = 5,         // the user's region, as a string of digits
@@ -97,6 +105,12 @@ public:
                            const std::string& key, const std::string& defaultValue);
     void saveSetting(const std::string& appKey, const std::string& section,
                      const std::string& key, const std::string& value);
+    // Opens an address in the user's browser: kOpenDone, or a failure code
+    // below it. A host that offers no browser answers kOpenNoAssociation.
+    virtual std::int32_t openAddress(const std::string& address);
+    // Starts the desktop's system-information program, on its own; false
+    // when none is installed or it would not start, or the host offers none.
+    virtual bool startSystemInfo();
 };
 
 // The installed host; the system host (no windows) until one is installed.
@@ -110,6 +124,8 @@ std::int16_t msgBox(const std::string& text, std::int32_t style = kOkOnly,
 void beep();
 std::uint32_t tickCount();
 void sleep(std::uint32_t milliseconds);
+std::int32_t openAddress(const std::string& address);
+bool startSystemInfo();
 
 // The answer a box of this style gives when nobody can be asked: its
 // default button.

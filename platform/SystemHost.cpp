@@ -9,6 +9,8 @@
 #include <thread>
 
 #include <QLocale>
+#include <QProcess>
+#include <QStandardPaths>
 
 namespace host {
 
@@ -62,6 +64,21 @@ std::string SystemHost::programPath()
 std::unique_ptr<SettingsBatch> SystemHost::openSettings(const std::string& appKey, const std::string& section)
 {
     return settings_.open(appKey, section);
+}
+
+std::int32_t SystemHost::openAddress(const std::string& address)
+{
+    const bool started = QProcess::startDetached("xdg-open", {QString::fromStdString(address)});
+    return started ? kOpenDone : kOpenNoAssociation;
+}
+
+bool SystemHost::startSystemInfo()
+{
+    for (const char* name : kSystemInfoPrograms) {
+        const QString program = QStandardPaths::findExecutable(name);
+        if (!program.isEmpty()) return QProcess::startDetached(program, {});
+    }
+    return false;
 }
 
 }  // namespace host

@@ -2,7 +2,9 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDesktopServices>
 #include <QMessageBox>
+#include <QUrl>
 
 namespace host {
 
@@ -82,6 +84,12 @@ void QtHost::beep() { QApplication::beep(); }
 void QtHost::sleep(std::uint32_t milliseconds)
 {
     liveWait_.sleep(milliseconds, [this](std::uint32_t ms) { SystemHost::sleep(ms); });
+}
+
+std::int32_t QtHost::openAddress(const std::string& address)
+{
+    const QUrl url(QString::fromStdString(address));
+    return QDesktopServices::openUrl(url) ? kOpenDone : kOpenNoAssociation;
 }
 
 }  // namespace host

@@ -1,7 +1,9 @@
 #pragma once
-// The program's host services: Qt message boxes and beep, and a sleep that
-// keeps the window alive while the engine waits (LiveWait), on top of the
-// system host's clock, locale and settings. Make it after the application.
+// The program's host services: Qt message boxes and beep, a sleep that
+// keeps the window alive while the engine waits (LiveWait), and addresses
+// opened through the desktop (QDesktopServices), on top of the system
+// host's clock, locale, settings and system-information program. Make it
+// after the application.
 #include "platform/SystemHost.h"
 #include "platform/qt/LiveWait.h"
 
@@ -13,6 +15,7 @@ public:
                         const std::string& title) override;
     void beep() override;
     void sleep(std::uint32_t milliseconds) override;
+    std::int32_t openAddress(const std::string& address) override;
 
 private:
     LiveWait liveWait_;

@@ -69,4 +69,10 @@ std::unique_ptr<host::SettingsBatch> ScriptedHost::openSettings(const std::strin
     return settings_.open(appKey, section);
 }
 
+std::int32_t ScriptedHost::openAddress(const std::string& address)
+{
+    openedAddresses.push_back(address);
+    return openAddressResult;
+}
+
 }  // namespace testing_support

@@ -7,7 +7,8 @@
 // batches behave as the program's do). The clock is real by default; in
 // simulated time the tick count stands still until something sleeps, and
 // each sleep advances it by exactly that long and tells the listeners (the
-// virtual sound card follows it).
+// virtual sound card follows it). Addresses are recorded, never opened;
+// what opening one answers is set by the test.
 // Installed for the life of the object.
 #include <cstdint>
 #include <deque>
@@ -56,6 +57,10 @@ public:
     std::vector<std::function<void(std::uint32_t)>> sleepListeners;
     std::uint64_t sleptMs = 0;
 
+    // Every address opened, and what opening one answers.
+    std::vector<std::string> openedAddresses;
+    std::int32_t openAddressResult = host::kOpenDone;
+
     const std::string& settingsFolder() const { return settingsFolder_; }
     std::string settingsFile() const { return settings_.filePath("Marlo"); }
 
@@ -69,6 +74,7 @@ public:
     std::string programPath() override { return programFile; }
     std::unique_ptr<host::SettingsBatch> openSettings(const std::string& appKey,
                                                       const std::string& section) override;
+    std::int32_t openAddress(const std::string& address) override;
 
 private:
     std::string settingsFolder_;
