@@ -1,0 +1,99 @@
+#include "platform/alsa/AlsaBoundedCall.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace mm::alsa {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// One call's meeting point between its caller and the worker.
+struct Ticket {
+    std::function<void()> job;
+    std::function<void()> orphaned;
+    bool ended = false;
+    bool abandoned = false;
+};
+
+// The worker: one thread for the whole run, never joined (a program that
+// exits while the server is stopped must not wait for it).
+class Worker {
+public:
+    Worker() { std::thread([this] { serve(); }).detach(); }
+
+    bool run(std::function<void()> job, std::function<void()> orphaned)
+    {
+        std::unique_lock lock(mutex_);
+        if (heldPastLimit()) return false;
+        auto ticket = std::make_shared<Ticket>();
+        ticket->job = std::move(job);
+        ticket->orphaned = std::move(orphaned);
+        queue_.push_back(ticket);
+        wake_.notify_all();
+        if (ended_.wait_for(lock, kAlsaCallLimit, [&] { return ticket->ended; })) return true;
+        ticket->abandoned = true;
+        return false;
+    }
+
+    void post(std::function<void()> job)
+    {
+        std::lock_guard lock(mutex_);
+        auto ticket = std::make_shared<Ticket>();
+        ticket->job = std::move(job);
+        queue_.push_back(ticket);
+        wake_.notify_all();
+    }
+
+private:
+    bool heldPastLimit() const { return busySince_ && Clock::now() - *busySince_ > kAlsaCallLimit; }
+
+    void serve()
+    {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            wake_.wait(lock, [&] { return !queue_.empty(); });
+            const std::shared_ptr<Ticket> ticket = queue_.front();
+            queue_.pop_front();
+            if (ticket->abandoned) continue;  // its caller gave up before it began
+            busySince_ = Clock::now();
+            lock.unlock();
+            ticket->job();
+            lock.lock();
+            busySince_.reset();
+            if (ticket->abandoned && ticket->orphaned) {
+                lock.unlock();
+                ticket->orphaned();
+                lock.lock();
+            }
+            ticket->ended = true;
+            ended_.notify_all();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::condition_variable ended_;
+    std::deque<std::shared_ptr<Ticket>> queue_;
+    std::optional<Clock::time_point> busySince_;
+};
+
+Worker& worker()
+{
+    static Worker* const instance = new Worker;
+    return *instance;
+}
+
+}  // namespace
+
+bool runBounded(std::function<void()> job, std::function<void()> orphaned)
+{
+    return worker().run(std::move(job), std::move(orphaned));
+}
+
+void runDetached(std::function<void()> job) { worker().post(std::move(job)); }
+
+}  // namespace mm::alsa

@@ -1,0 +1,48 @@
+#pragma once
+// Calls into ALSA that may wait on a sound server, bounded in time. Through
+// the PulseAudio plugin, opening a device or a mixer, reading or writing a
+// mixer value, and stopping a stream all wait for the server's answer: a
+// server that is stopped (a hung session, a suspended machine) would hold
+// the program's thread until it resumes. Such calls run one after another
+// on one worker thread; the program's thread waits for each at most
+// kAlsaCallLimit and otherwise goes on as if the device were gone.
+//
+// A call that overran still runs to its end on the worker (when the server
+// answers or dies); what it got is then handed to its `release` there, never
+// to the caller. A call that had not started when its caller gave up never
+// runs. While the worker is held past the limit, new calls give up at once
+// rather than each waiting its own limit.
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace mm::alsa {
+
+inline constexpr std::chrono::milliseconds kAlsaCallLimit{200};
+
+// Runs `job` on the worker and waits for it at most kAlsaCallLimit; true
+// when it ended in time. `orphaned` runs on the worker after a job whose
+// caller stopped waiting.
+bool runBounded(std::function<void()> job, std::function<void()> orphaned);
+
+// Hands `job` to the worker without waiting for it (closing what the worker
+// opened, in order after the calls before it).
+void runDetached(std::function<void()> job);
+
+// `job`'s result, or nothing when it did not end in time (`release` then
+// gets the result on the worker once the job ends).
+template <class T>
+std::optional<T> boundedCall(std::function<T()> job, std::function<void(T&)> release = {})
+{
+    auto slot = std::make_shared<std::optional<T>>();
+    const bool inTime = runBounded([slot, job = std::move(job)] { slot->emplace(job()); },
+                                   [slot, release = std::move(release)] {
+                                       if (release && slot->has_value()) release(**slot);
+                                   });
+    if (!inTime) return std::nullopt;
+    return std::move(*slot);
+}
+
+}  // namespace mm::alsa
