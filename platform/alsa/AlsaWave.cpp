@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -353,6 +354,53 @@ private:
     std::atomic<MMRESULT> failure_{MMSYSERR_NOERROR};
 };
 
+// An opened and configured PCM, or the error that kept it closed.
+struct OpenedPcm {
+    int error = 0;
+    snd_pcm_t* pcm = nullptr;
+    snd_pcm_uframes_t period = 0;
+};
+using OpenPcm = std::function<OpenedPcm()>;
+
+// A stream's thread opens its own device, so that a slow or stopped sound
+// server holds that thread rather than the program's. The program waits for
+// the opening at most kAlsaCallLimit: an opening that ends in time gives its
+// result there; one that does not leaves the stream pending (what is written
+// meanwhile waits in the queue), and one still not ended after the stall
+// limit counts as a device gone.
+class Opening {
+public:
+    void end(int error)
+    {
+        {
+            std::lock_guard lock(mutex_);
+            ended_ = true;
+            error_ = error;
+        }
+        done_.notify_all();
+    }
+    // The error of an opening that failed in time; 0 when it succeeded or
+    // is still under way.
+    int awaitEnd()
+    {
+        std::unique_lock lock(mutex_);
+        done_.wait_for(lock, kAlsaCallLimit, [&] { return ended_; });
+        return ended_ ? error_ : 0;
+    }
+    bool overdue() const
+    {
+        std::lock_guard lock(mutex_);
+        return !ended_ && std::chrono::steady_clock::now() - began_ > std::chrono::milliseconds(kStallLimitMs);
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::condition_variable done_;
+    bool ended_ = false;
+    int error_ = 0;
+    const std::chrono::steady_clock::time_point began_ = std::chrono::steady_clock::now();
+};
+
 // Stops and closes a stream's PCM. Through a sound server both may wait for
 // the server, so only the stream's own thread does this, as it ends.
 void closePcm(snd_pcm_t* pcm)
@@ -361,24 +409,55 @@ void closePcm(snd_pcm_t* pcm)
     snd_pcm_close(pcm);
 }
 
+// A stream thread's first step: opens the device and says how the opening
+// ended. False when there is nothing to play or record: the opening failed,
+// or the program let go or gave the stream up meanwhile (the device is then
+// closed again).
+template <class Queue>
+bool openDevice(const OpenPcm& open, Opening& opening, QueueLink<Queue>& link, snd_pcm_t*& pcm,
+                snd_pcm_uframes_t& period)
+{
+    const OpenedPcm opened = open();
+    opening.end(opened.error);
+    if (opened.error < 0) {
+        link.fail();
+        return false;
+    }
+    if (link.isCut() || link.failure() != MMSYSERR_NOERROR) {
+        closePcm(opened.pcm);
+        return false;
+    }
+    pcm = opened.pcm;
+    period = opened.period;
+    return true;
+}
+
+// A stream's failure as the program sees it: what its thread recorded, or a
+// device gone when the opening has not ended by the stall limit.
+template <class Queue>
+MMRESULT streamFailure(QueueLink<Queue>& link, const Opening& opening)
+{
+    if (link.failure() == MMSYSERR_NOERROR && opening.overdue()) link.fail();
+    return link.failure();
+}
+
 // An output's thread: it feeds the device from the queue until the program
 // lets go or the device fails, then closes the device. It outlives the
 // output object when the device is slow to close (a stopped server), and
 // ends when the server answers or dies.
 class Feeder {
 public:
-    Feeder(snd_pcm_t* pcm, snd_pcm_uframes_t period, PlayQueue& queue)
-        : link(queue), pcm_(pcm), period_(period)
-    {
-    }
+    Feeder(OpenPcm open, PlayQueue& queue) : link(queue), open_(std::move(open)) {}
 
     void run()
     {
+        if (!openDevice(open_, opening, link, pcm_, period_)) return;
         feed();
         closePcm(pcm_);
     }
 
     QueueLink<PlayQueue> link;
+    Opening opening;
 
 private:
     bool stopping() const { return link.isCut(); }
@@ -449,20 +528,21 @@ private:
         }
     }
 
-    snd_pcm_t* const pcm_;
-    const snd_pcm_uframes_t period_;
+    OpenPcm open_;
+    snd_pcm_t* pcm_ = nullptr;
+    snd_pcm_uframes_t period_ = 0;
 };
 
 class AlsaOutput : public backend::OutputStream {
 public:
-    AlsaOutput(snd_pcm_t* pcm, snd_pcm_uframes_t period, PlayQueue& queue)
-        : feeder_(std::make_shared<Feeder>(pcm, period, queue))
+    AlsaOutput(OpenPcm open, PlayQueue& queue) : feeder_(std::make_shared<Feeder>(std::move(open), queue))
     {
         std::thread([feeder = feeder_] { feeder->run(); }).detach();
     }
     // Never waits for the device: the feeder closes it on its own thread.
     ~AlsaOutput() override { feeder_->link.cut(); }
-    MMRESULT failure() const override { return feeder_->link.failure(); }
+    int awaitOpening() { return feeder_->opening.awaitEnd(); }
+    MMRESULT failure() const override { return streamFailure(feeder_->link, feeder_->opening); }
 
 private:
     std::shared_ptr<Feeder> feeder_;
@@ -472,13 +552,11 @@ private:
 // until the program lets go or the device fails, then closes the device.
 class Recorder {
 public:
-    Recorder(snd_pcm_t* pcm, snd_pcm_uframes_t period, CaptureQueue& queue)
-        : link(queue), pcm_(pcm), period_(period)
-    {
-    }
+    Recorder(OpenPcm open, CaptureQueue& queue) : link(queue), open_(std::move(open)) {}
 
     void run()
     {
+        if (!openDevice(open_, opening, link, pcm_, period_)) return;
         capture();
         closePcm(pcm_);
     }
@@ -497,6 +575,7 @@ public:
     }
 
     QueueLink<CaptureQueue> link;
+    Opening opening;
 
 private:
     // Waits until recording is wanted (true) or the program lets go (false);
@@ -553,8 +632,9 @@ private:
         link.fail();
     }
 
-    snd_pcm_t* const pcm_;
-    const snd_pcm_uframes_t period_;
+    OpenPcm open_;
+    snd_pcm_t* pcm_ = nullptr;
+    snd_pcm_uframes_t period_ = 0;
     std::mutex mutex_;
     std::condition_variable wake_;
     bool wanted_ = false;
@@ -562,14 +642,15 @@ private:
 
 class AlsaInput : public backend::InputStream {
 public:
-    AlsaInput(snd_pcm_t* pcm, snd_pcm_uframes_t period, CaptureQueue& queue)
-        : recorder_(std::make_shared<Recorder>(pcm, period, queue))
+    AlsaInput(OpenPcm open, CaptureQueue& queue)
+        : recorder_(std::make_shared<Recorder>(std::move(open), queue))
     {
         std::thread([recorder = recorder_] { recorder->run(); }).detach();
     }
     // Never waits for the device: the recorder closes it on its own thread.
     ~AlsaInput() override { recorder_->release(); }
-    MMRESULT failure() const override { return recorder_->link.failure(); }
+    int awaitOpening() { return recorder_->opening.awaitEnd(); }
+    MMRESULT failure() const override { return streamFailure(recorder_->link, recorder_->opening); }
     void start() override { recorder_->want(true); }
     void stop() override { recorder_->want(false); }
 
@@ -584,13 +665,6 @@ struct ProbeResult {
     int error = 0;
     Probe probe;
     DWORD support = 0;
-};
-
-// An opened and configured PCM, or the error that kept it closed.
-struct OpenedPcm {
-    int error = 0;
-    snd_pcm_t* pcm = nullptr;
-    snd_pcm_uframes_t period = 0;
 };
 
 // Every call that may wait on a sound server goes through the bounded
@@ -699,18 +773,15 @@ private:
         Device found;
         if (MMRESULT result = find(deviceId, direction, found)) return result;
         const unsigned rate = format.nSamplesPerSec;
-        auto opened = boundedCall<OpenedPcm>(
+        auto created = std::make_unique<Stream>(
             [found, direction, rate, bufferUs] {
                 OpenedPcm o;
                 o.error = openPcm(found, direction, rate, bufferUs, o.pcm, o.period);
                 return o;
             },
-            [](OpenedPcm& late) {
-                if (late.pcm != nullptr) snd_pcm_close(late.pcm);
-            });
-        if (!opened) return MMSYSERR_NODRIVER;
-        if (opened->error < 0) return openError(opened->error);
-        stream = std::make_unique<Stream>(opened->pcm, opened->period, queue);
+            queue);
+        if (const int error = created->awaitOpening(); error < 0) return openError(error);
+        stream = std::move(created);
         return MMSYSERR_NOERROR;
     }
 
