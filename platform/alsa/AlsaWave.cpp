@@ -29,11 +29,14 @@ namespace {
 using backend::CaptureQueue;
 using backend::PlayQueue;
 
-// Output: about 10 ms periods in about 40 ms of buffer keep a change of
-// signal audible soon after the playing pass ends. Input: the same periods in
-// a deeper buffer, since only delivery (not latency) matters there.
+// Output: about 10 ms periods in about 50 ms of buffer. The feeder keeps the
+// buffer full, so a change of signal is heard about 40 ms after the playing
+// pass ends, and the feeder may be kept from running for 40 ms (a loaded
+// machine; no raised priority is open to an ordinary user) before the
+// device runs dry. Input: the same periods in a deeper buffer, since only
+// delivery (not latency) matters there.
 constexpr unsigned kPeriodUs = 10'000;
-constexpr unsigned kOutputBufferUs = 40'000;
+constexpr unsigned kOutputBufferUs = 50'000;
 constexpr unsigned kInputBufferUs = 200'000;
 // A device that takes or gives no data for this long is treated as gone: a
 // stopped sound server is then told as lost well within a second.
