@@ -6,7 +6,9 @@
 //    recorded back through the null sink's monitor; latency from the call
 //    to the first new sample, and gaps;
 //  - CPU while a 1 kHz tone plays and the program idles, beside sox's
-//    "play -n synth sine 1000" measured the same way.
+//    "play -n synth sine 1000" measured the same way;
+//  - with --load, while two busy processes hold both cores: gaps in 60 s of
+//    a steady tone, 1,000 change-overs, and the CPU again.
 // The server parts need the private server; run through scripts/measure.
 // Each part runs in a child process of its own, since a process chooses
 // its sound back end once.
@@ -255,14 +257,38 @@ void printSpread(const char* what, const Spread& s)
                 s.median * 1000, s.p95 * 1000, s.max * 1000);
 }
 
-int measureServer()
+// A steady 1 kHz tone recorded for `seconds`, followed sample by sample.
+int measureSteadyTone(double seconds)
 {
     ::setenv("WAVELARK_AUDIO", "alsa", 1);
     if (!findDevices()) return 1;
-    constexpr std::size_t kChanges = 100;
+    Recorder recorder(seconds + 1);
+    if (!recorder.ok()) {
+        std::fprintf(stderr, "the input did not open\n");
+        return 1;
+    }
+    bool failed = false;
+    recorder.sleepWatching(300);
+    tone(1000);
+    const std::vector<std::vector<std::int16_t>> buffers = {change("Open", failed)};
+    while (!recorder.full()) recorder.sleepWatching(10);
+    ErrorFlag error = kFalse;
+    gWaveOutClose(kTrue, error);
+    const std::vector<std::int16_t> heard = recorder.samples();
+    const testing_support::PassWalk walk = testing_support::walkPasses(heard, buffers, 2);
+    std::printf("real server: steady 1 kHz tone, %.1f s followed sample by sample, %zu faults "
+                "(gaps or repeats)\n",
+                (heard.size() - std::min(heard.size(), walk.start)) / double(kRate), walk.faults.size());
+    return failed || !walk.faults.empty() ? 1 : 0;
+}
+
+int measureServer(std::size_t changes)
+{
+    ::setenv("WAVELARK_AUDIO", "alsa", 1);
+    if (!findDevices()) return 1;
     std::mt19937 random(20260102);
     std::uniform_int_distribution<int> pause(100, 160);
-    Recorder recorder(kChanges * 0.16 + 1.5);
+    Recorder recorder(changes * 0.16 + 1.5);
     if (!recorder.ok()) {
         std::fprintf(stderr, "the input did not open\n");
         return 1;
@@ -273,26 +299,26 @@ int measureServer()
     recorder.sleepWatching(300);
     tone(frequencyOf(0));
     buffers.push_back(change("Open", failed));
-    for (std::size_t k = 1; k <= kChanges; ++k) {
+    for (std::size_t k = 1; k <= changes; ++k) {
         recorder.sleepWatching(static_cast<std::uint32_t>(pause(random)));
         // From a 1 kHz tone to another and back, pass lengths 10 and 20 ms.
         tone(k % 2 == 1 ? 1250 : 1000);
         calls.push_back(recorder.now());
         buffers.push_back(change("", failed));
     }
-    while (!recorder.full() && recorder.now() < kChanges * 0.2 + 5) recorder.sleepWatching(10);
+    while (!recorder.full() && recorder.now() < changes * 0.2 + 5) recorder.sleepWatching(10);
     ErrorFlag error = kFalse;
     gWaveOutClose(kTrue, error);
 
     const std::vector<std::int16_t> heard = recorder.samples();
     const testing_support::PassWalk walk = testing_support::walkPasses(heard, buffers, 2);
-    printWalk("real server", walk, kChanges);
-    if (walk.changes.size() != kChanges || !walk.faults.empty()) {
+    printWalk("real server", walk, changes);
+    if (walk.changes.size() != changes || !walk.faults.empty()) {
         std::printf("real server: latency not measured (the recording does not follow every change)\n");
         return 1;
     }
     std::vector<double> played, arrived, played1k, beyondPass1k;
-    for (std::size_t k = 1; k <= kChanges; ++k) {
+    for (std::size_t k = 1; k <= changes; ++k) {
         const std::size_t first = walk.changes[k - 1];
         const double call = calls[k - 1];
         played.push_back(recorder.playedAt(first) - call);
@@ -304,10 +330,10 @@ int measureServer()
         }
     }
     std::printf("real server: change-over latency, from the call to the first new sample\n");
-    printSpread("played into the sink, out of 1 kHz (50)", spreadOf(played1k));
+    printSpread("played into the sink, out of 1 kHz", spreadOf(played1k));
     printSpread("  the same less a whole 10 ms pass", spreadOf(beyondPass1k));
-    printSpread("played into the sink, all 100", spreadOf(played));
-    printSpread("arrived in the program's recording, all 100", spreadOf(arrived));
+    printSpread("played into the sink, all", spreadOf(played));
+    printSpread("arrived in the program's recording, all", spreadOf(arrived));
     return failed ? 1 : 0;
 }
 
@@ -401,13 +427,40 @@ int measureCpuSideBySide(const std::string& self)
     return 0;
 }
 
-int runChild(const std::string& self, const std::string& part)
+int runChild(const std::string& self, const std::string& part, const std::string& argument = "")
 {
-    const pid_t pid = spawn({self, part});
+    std::vector<std::string> command = {self, part};
+    if (!argument.empty()) command.push_back(argument);
+    const pid_t pid = spawn(command);
     if (pid == 0) return 1;
     int status = 0;
     ::waitpid(pid, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
+
+// Two processes that keep both cores busy at the program's own priority
+// while the server figures are taken again: 60 s of a steady tone, 1,000
+// change-overs and the CPU of a playing tone.
+int measureUnderLoad(const std::string& self)
+{
+    std::vector<pid_t> load;
+    for (int i = 0; i < 2; ++i) {
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            volatile unsigned long spin = 0;
+            for (;;) spin = spin + 1;
+        }
+        if (pid > 0) load.push_back(pid);
+    }
+    std::printf("under load: %zu busy processes at the program's priority\n", load.size());
+    int status = runChild(self, "--steady", "60");
+    status |= runChild(self, "--server", "1000");
+    status |= runChild(self, "--cpu");
+    for (const pid_t pid : load) {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+    }
+    return status;
 }
 
 }  // namespace
@@ -419,11 +472,14 @@ int main(int argc, char** argv)
     const std::string part = argc > 1 ? argv[1] : "";
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     if (part == "--virtual") return measureVirtualCard();
-    if (part == "--server") return measureServer();
+    if (part == "--server") return measureServer(argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 100);
+    if (part == "--steady") return measureSteadyTone(argc > 2 ? std::atof(argv[2]) : 10);
+    if (part == "--load") return measureUnderLoad(self);
     if (part == "--cpu") return measureCpuSideBySide(self);
     if (part == "--play-tone") return playTone(argc > 2 ? std::atof(argv[2]) : 10);
     if (!part.empty()) {
-        std::fprintf(stderr, "usage: wavelark_measure [--virtual | --server | --cpu]\n");
+        std::fprintf(stderr, "usage: wavelark_measure [--virtual | --server [changes] | --steady [seconds] "
+                             "| --cpu | --load]\n");
         return 2;
     }
     int status = runChild(self, "--virtual");
