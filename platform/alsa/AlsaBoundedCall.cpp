@@ -25,16 +25,16 @@ class Worker {
 public:
     Worker() { std::thread([this] { serve(); }).detach(); }
 
-    bool run(std::function<void()> job, std::function<void()> orphaned)
+    bool run(std::chrono::milliseconds limit, std::function<void()> job, std::function<void()> orphaned)
     {
         std::unique_lock lock(mutex_);
-        if (heldPastLimit()) return false;
+        if (busySince_ && Clock::now() - *busySince_ > limit) return false;
         auto ticket = std::make_shared<Ticket>();
         ticket->job = std::move(job);
         ticket->orphaned = std::move(orphaned);
         queue_.push_back(ticket);
         wake_.notify_all();
-        if (ended_.wait_for(lock, kAlsaCallLimit, [&] { return ticket->ended; })) return true;
+        if (ended_.wait_for(lock, limit, [&] { return ticket->ended; })) return true;
         ticket->abandoned = true;
         return false;
     }
@@ -49,8 +49,6 @@ public:
     }
 
 private:
-    bool heldPastLimit() const { return busySince_ && Clock::now() - *busySince_ > kAlsaCallLimit; }
-
     void serve()
     {
         std::unique_lock lock(mutex_);
@@ -89,9 +87,9 @@ Worker& worker()
 
 }  // namespace
 
-bool runBounded(std::function<void()> job, std::function<void()> orphaned)
+bool runBounded(std::chrono::milliseconds limit, std::function<void()> job, std::function<void()> orphaned)
 {
-    return worker().run(std::move(job), std::move(orphaned));
+    return worker().run(limit, std::move(job), std::move(orphaned));
 }
 
 void runDetached(std::function<void()> job) { worker().post(std::move(job)); }

@@ -4,8 +4,12 @@
 // mixer value, and stopping a stream all wait for the server's answer: a
 // server that is stopped (a hung session, a suspended machine) would hold
 // the program's thread until it resumes. Such calls run one after another
-// on one worker thread; the program's thread waits for each at most
-// kAlsaCallLimit and otherwise goes on as if the device were gone.
+// on one worker thread; the program's thread waits for each at most its
+// limit and otherwise goes on as if the device were gone: kAlsaCallLimit
+// for what the program does while it runs (mixer values), the longer
+// kAlsaDiscoveryLimit for finding devices and mixers at start-up, which on a
+// loaded machine may take a few hundred milliseconds and whose false "not
+// found" would cost the user the whole run.
 //
 // A call that overran still runs to its end on the worker (when the server
 // answers or dies); what it got is then handed to its `release` there, never
@@ -21,11 +25,12 @@
 namespace mm::alsa {
 
 inline constexpr std::chrono::milliseconds kAlsaCallLimit{200};
+inline constexpr std::chrono::milliseconds kAlsaDiscoveryLimit{2000};
 
-// Runs `job` on the worker and waits for it at most kAlsaCallLimit; true
-// when it ended in time. `orphaned` runs on the worker after a job whose
-// caller stopped waiting.
-bool runBounded(std::function<void()> job, std::function<void()> orphaned);
+// Runs `job` on the worker and waits for it at most `limit`; true when it
+// ended in time. `orphaned` runs on the worker after a job whose caller
+// stopped waiting.
+bool runBounded(std::chrono::milliseconds limit, std::function<void()> job, std::function<void()> orphaned);
 
 // Hands `job` to the worker without waiting for it (closing what the worker
 // opened, in order after the calls before it).
@@ -34,10 +39,11 @@ void runDetached(std::function<void()> job);
 // `job`'s result, or nothing when it did not end in time (`release` then
 // gets the result on the worker once the job ends).
 template <class T>
-std::optional<T> boundedCall(std::function<T()> job, std::function<void(T&)> release = {})
+std::optional<T> boundedCall(std::chrono::milliseconds limit, std::function<T()> job,
+                             std::function<void(T&)> release = {})
 {
     auto slot = std::make_shared<std::optional<T>>();
-    const bool inTime = runBounded([slot, job = std::move(job)] { slot->emplace(job()); },
+    const bool inTime = runBounded(limit, [slot, job = std::move(job)] { slot->emplace(job()); },
                                    [slot, release = std::move(release)] {
                                        if (release && slot->has_value()) release(**slot);
                                    });

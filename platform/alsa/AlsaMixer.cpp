@@ -3,6 +3,7 @@
 #include <alsa/asoundlib.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -276,9 +277,9 @@ struct OpenMixer {
 
     MMRESULT get(const Element& e, ValueSource source, DWORD& value)
     {
-        if (int error = snd_mixer_handle_events(mixer); error < 0) return mixerError(error);
+        if (int error = snd_mixer_handle_events(mixer); error < 0) return failed(error);
         std::vector<long> raw;
-        if (int error = readRaw(e.handle, source, raw); error < 0) return mixerError(error);
+        if (int error = readRaw(e.handle, source, raw); error < 0) return failed(error);
         value = levelOf(e, source, raw);
         readings().note(readingKey(e, source), value, std::move(raw));
         return MMSYSERR_NOERROR;
@@ -288,9 +289,16 @@ struct OpenMixer {
     {
         const auto kept = readings().rawFor(readingKey(e, source), value);
         const int error = writeRaw(e.handle, source, kept ? *kept : uniformRaw(e, source, value));
-        return error < 0 ? mixerError(error) : MMSYSERR_NOERROR;
+        return error < 0 ? failed(error) : MMSYSERR_NOERROR;
     }
 
+    MMRESULT failed(int error)
+    {
+        broken = true;
+        return mixerError(error);
+    }
+
+    std::atomic<bool> broken{false};  // a call failed: the next opening starts afresh
     snd_mixer_t* mixer = nullptr;
     std::string control;
     std::vector<Element> elements;
@@ -337,23 +345,7 @@ public:
         runDetached([state = std::move(state_)]() mutable { state.reset(); });
     }
 
-    static MMRESULT open(const MixerDevice& device, std::unique_ptr<backend::MixerSession>& session)
-    {
-        struct Opened {
-            MMRESULT result = MMSYSERR_NOERROR;
-            std::shared_ptr<OpenMixer> state;
-            MixerModel model;
-        };
-        auto opened = boundedCall<Opened>([device] {
-            Opened o;
-            o.result = openMixer(device, o.state, o.model);
-            return o;
-        });
-        if (!opened) return MMSYSERR_NODRIVER;
-        if (opened->result != MMSYSERR_NOERROR) return opened->result;
-        session = std::make_unique<AlsaSession>(std::move(opened->state), std::move(opened->model));
-        return MMSYSERR_NOERROR;
-    }
+    const std::shared_ptr<OpenMixer>& state() const { return state_; }
 
     const MixerModel& model() const override { return model_; }
 
@@ -371,7 +363,7 @@ public:
             MMRESULT result = MMSYSERR_NOERROR;
             DWORD value = 0;
         };
-        auto read = boundedCall<Read>([state = state_, binding] {
+        auto read = boundedCall<Read>(kAlsaCallLimit, [state = state_, binding] {
             Read r;
             r.result = state->get(state->elements[binding.element], binding.source, r.value);
             return r;
@@ -393,7 +385,7 @@ public:
         default: break;
         }
         if (binding.element >= state_->elements.size()) return MIXERR_INVALCONTROL;
-        auto written = boundedCall<MMRESULT>([state = state_, binding, value] {
+        auto written = boundedCall<MMRESULT>(kAlsaCallLimit, [state = state_, binding, value] {
             return state->set(state->elements[binding.element], binding.source, value);
         });
         return written ? *written : MMSYSERR_NODRIVER;
@@ -422,8 +414,30 @@ public:
             if (!listed_) return MMSYSERR_NODRIVER;
             if (mixerId >= mixers_.size()) return MMSYSERR_BADDEVICEID;
             device = mixers_[mixerId];
+            // The program opens the mixer for every value it sets: the last
+            // opening serves again while its calls succeed, which spares
+            // the server a connection each time.
+            if (kept_ && kept_->control == device.control && !kept_->broken) {
+                session = std::make_unique<AlsaSession>(kept_, keptModel_);
+                return MMSYSERR_NOERROR;
+            }
         }
-        return AlsaSession::open(device, session);
+        struct Opened {
+            MMRESULT result = MMSYSERR_NOERROR;
+            std::shared_ptr<OpenMixer> state;
+            MixerModel model;
+        };
+        auto opened = boundedCall<Opened>(kAlsaCallLimit, [device] {
+            Opened o;
+            o.result = openMixer(device, o.state, o.model);
+            return o;
+        });
+        if (!opened) return MMSYSERR_NODRIVER;
+        if (opened->result != MMSYSERR_NOERROR) return opened->result;
+        std::lock_guard lock(mutex_);
+        keep(opened->state, opened->model);
+        session = std::make_unique<AlsaSession>(std::move(opened->state), std::move(opened->model));
+        return MMSYSERR_NOERROR;
     }
 
 private:
@@ -431,7 +445,7 @@ private:
     // list as it was. Returns the number of mixers.
     std::size_t refresh()
     {
-        auto mixers = boundedCall<std::vector<MixerDevice>>([] { return listMixers(); });
+        auto mixers = boundedCall<std::vector<MixerDevice>>(kAlsaDiscoveryLimit, [] { return listMixers(); });
         std::lock_guard lock(mutex_);
         if (mixers) {
             mixers_ = std::move(*mixers);
@@ -440,9 +454,20 @@ private:
         return mixers_.size();
     }
 
+    // Keeps an opening for the next; the one it replaces is closed on the
+    // worker.
+    void keep(const std::shared_ptr<OpenMixer>& state, const MixerModel& model)
+    {
+        if (kept_) runDetached([old = std::move(kept_)]() mutable { old.reset(); });
+        kept_ = state;
+        keptModel_ = model;
+    }
+
     std::mutex mutex_;
     std::vector<MixerDevice> mixers_;
     bool listed_ = false;
+    std::shared_ptr<OpenMixer> kept_;
+    MixerModel keptModel_;
 };
 
 }  // namespace

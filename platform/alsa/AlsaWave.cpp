@@ -726,7 +726,7 @@ private:
     // list as it was. Returns the number of devices.
     std::size_t refresh(snd_pcm_stream_t direction)
     {
-        auto devices = boundedCall<std::vector<Device>>([direction] { return listDevices(direction); });
+        auto devices = boundedCall<std::vector<Device>>(kAlsaDiscoveryLimit, [direction] { return listDevices(direction); });
         std::lock_guard lock(mutex_);
         DeviceList& list = listFor(direction);
         if (devices) {
@@ -756,7 +756,7 @@ private:
     MMRESULT probe(UINT deviceId, snd_pcm_stream_t direction, Device& found, ProbeResult& probed)
     {
         if (MMRESULT result = find(deviceId, direction, found)) return result;
-        auto result = boundedCall<ProbeResult>([found, direction] {
+        auto result = boundedCall<ProbeResult>(kAlsaDiscoveryLimit, [found, direction] {
             ProbeResult r;
             r.error = probeDevice(found, direction, r.probe);
             if (r.error >= 0 && direction == SND_PCM_STREAM_PLAYBACK) r.support = probeSupport(found);
