@@ -8,7 +8,9 @@
 //  - CPU while a 1 kHz tone plays and the program idles, beside sox's
 //    "play -n synth sine 1000" measured the same way;
 //  - with --load, while two busy processes hold both cores: gaps in 60 s of
-//    a steady tone, 1,000 change-overs, and the CPU again.
+//    a steady tone, 1,000 change-overs, and the CPU again;
+//  - with --stalled, the time of each call the window makes while the sound
+//    server is stopped, and of the exit.
 // The server parts need the private server; run through scripts/measure.
 // Each part runs in a child process of its own, since a process chooses
 // its sound back end once.
@@ -24,6 +26,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -34,6 +37,7 @@
 #include "base/Array.h"
 #include "base/Trap.h"
 #include "engine/modWaveInOut.h"
+#include "mixer/modMixer.h"
 #include "platform/HostServices.h"
 #include "platform/SystemHost.h"
 #include "platform/WaveApi.h"
@@ -337,6 +341,71 @@ int measureServer(std::size_t changes)
     return failed ? 1 : 0;
 }
 
+int runChild(const std::string& self, const std::string& part, const std::string& argument = "");
+
+// ---- a stopped server -------------------------------------------------------------
+
+double monotonicSeconds()
+{
+    return std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
+}
+
+// Plays a tone, has the server stopped (as a hung or suspended session is)
+// and times each call the window would then make; the exit is timed by the
+// parent, from the moment written to `exitFile`.
+int stalledServerCalls(const std::string& exitFile)
+{
+    ::setenv("WAVELARK_AUDIO", "alsa", 1);
+    const char* serverVariable = std::getenv("WAVELARK_PULSE_PID");
+    if (serverVariable == nullptr || !findDevices()) return 1;
+    std::string report;
+    ErrorFlag error = kFalse;
+    gbMixerThereInit(report, error);
+    bool failed = false;
+    tone(1000);
+    change("Open", failed);
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    ::kill(std::atoi(serverVariable), SIGSTOP);
+    const auto timed = [](const char* what, const std::function<void()>& call) {
+        const auto start = Clock::now();
+        call();
+        std::printf("  %-44s %7.1f ms\n", what, secondsSince(start) * 1000);
+    };
+    std::printf("calls with the sound server stopped\n");
+    timed("a change at once (the stream not yet stalled)", [&] {
+        tone(1250);
+        change("", failed);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    std::string lost;
+    timed("the lost query, a second later", [&] { gbWaveOutLost(lost); });
+    std::printf("  the output %s\n", lost.empty() ? "is not told as lost" : ("is lost: " + lost).c_str());
+    timed("a change (reopens)", [&] {
+        tone(1000);
+        change("", failed);
+    });
+    timed("the master level", [&] { gMixerOutMasterSetLevel(30000, error); });
+    timed("the close (Mute)", [&] { gWaveOutClose(kTrue, error); });
+    timed("the restore at exit", [&] { gMixerSelectedRestore(error); });
+    std::ofstream(exitFile) << std::to_string(monotonicSeconds());
+    return 0;
+}
+
+int measureStalledServer(const std::string& self)
+{
+    const char* serverVariable = std::getenv("WAVELARK_PULSE_PID");
+    if (serverVariable == nullptr) return 1;
+    const std::string exitFile = "/tmp/wavelark-measure-exit-" + std::to_string(::getpid());
+    const int status = runChild(self, "--stalled-child", exitFile);
+    const double ended = monotonicSeconds();
+    ::kill(std::atoi(serverVariable), SIGCONT);
+    double exitStarted = 0;
+    std::ifstream(exitFile) >> exitStarted;
+    std::remove(exitFile.c_str());
+    if (exitStarted > 0) std::printf("  %-44s %7.1f ms\n", "the exit", (ended - exitStarted) * 1000);
+    return status;
+}
+
 // ---- CPU ------------------------------------------------------------------------
 
 // Plays a 1 kHz tone for `seconds` while the program does nothing else.
@@ -427,7 +496,7 @@ int measureCpuSideBySide(const std::string& self)
     return 0;
 }
 
-int runChild(const std::string& self, const std::string& part, const std::string& argument = "")
+int runChild(const std::string& self, const std::string& part, const std::string& argument)
 {
     std::vector<std::string> command = {self, part};
     if (!argument.empty()) command.push_back(argument);
@@ -475,11 +544,13 @@ int main(int argc, char** argv)
     if (part == "--server") return measureServer(argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 100);
     if (part == "--steady") return measureSteadyTone(argc > 2 ? std::atof(argv[2]) : 10);
     if (part == "--load") return measureUnderLoad(self);
+    if (part == "--stalled") return measureStalledServer(self);
+    if (part == "--stalled-child") return stalledServerCalls(argc > 2 ? argv[2] : "");
     if (part == "--cpu") return measureCpuSideBySide(self);
     if (part == "--play-tone") return playTone(argc > 2 ? std::atof(argv[2]) : 10);
     if (!part.empty()) {
         std::fprintf(stderr, "usage: wavelark_measure [--virtual | --server [changes] | --steady [seconds] "
-                             "| --cpu | --load]\n");
+                             "| --cpu | --load | --stalled]\n");
         return 2;
     }
     int status = runChild(self, "--virtual");
