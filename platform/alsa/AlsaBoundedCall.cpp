@@ -9,8 +9,6 @@ namespace mm::alsa {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 // One call's meeting point between its caller and the worker.
 struct Ticket {
     std::function<void()> job;
@@ -28,7 +26,7 @@ public:
     bool run(std::chrono::milliseconds limit, std::function<void()> job, std::function<void()> orphaned)
     {
         std::unique_lock lock(mutex_);
-        if (busySince_ && Clock::now() - *busySince_ > limit) return false;
+        if (running_ && running_->abandoned) return false;
         auto ticket = std::make_shared<Ticket>();
         ticket->job = std::move(job);
         ticket->orphaned = std::move(orphaned);
@@ -57,11 +55,11 @@ private:
             const std::shared_ptr<Ticket> ticket = queue_.front();
             queue_.pop_front();
             if (ticket->abandoned) continue;  // its caller gave up before it began
-            busySince_ = Clock::now();
+            running_ = ticket;
             lock.unlock();
             ticket->job();
             lock.lock();
-            busySince_.reset();
+            running_.reset();
             if (ticket->abandoned && ticket->orphaned) {
                 lock.unlock();
                 ticket->orphaned();
@@ -76,7 +74,7 @@ private:
     std::condition_variable wake_;
     std::condition_variable ended_;
     std::deque<std::shared_ptr<Ticket>> queue_;
-    std::optional<Clock::time_point> busySince_;
+    std::shared_ptr<Ticket> running_;  // the job under way, if any
 };
 
 Worker& worker()

@@ -14,8 +14,8 @@
 // A call that overran still runs to its end on the worker (when the server
 // answers or dies); what it got is then handed to its `release` there, never
 // to the caller. A call that had not started when its caller gave up never
-// runs. While the worker is held past the limit, new calls give up at once
-// rather than each waiting its own limit.
+// runs. While the worker is held by a call whose caller gave up, new calls
+// give up at once rather than each waiting its own limit.
 #include <chrono>
 #include <functional>
 #include <memory>

@@ -245,6 +245,9 @@ std::vector<Device> listDevices(snd_pcm_stream_t stream)
 // ---------------------------------------------------------------- streams
 
 // Sets 16-bit mono at exactly `rate`, with the buffer and period times given.
+// A stream starts once its buffer holds as many whole periods as fit: on a
+// loaded machine the feeder may be late for the periods after the first,
+// and a stream started on one period would run dry at once.
 int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_t& period)
 {
     snd_pcm_hw_params_t* hw = nullptr;
@@ -252,6 +255,7 @@ int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_
     if (error < 0) return error;
     unsigned bufferTime = bufferUs;
     unsigned periodTime = kPeriodUs;
+    snd_pcm_uframes_t buffer = 0;
     int dir = 0;
     if ((error = snd_pcm_hw_params_any(pcm, hw)) >= 0 &&
         (error = snd_pcm_hw_params_set_access(pcm, hw, SND_PCM_ACCESS_RW_INTERLEAVED)) >= 0 &&
@@ -261,7 +265,9 @@ int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_
         (error = snd_pcm_hw_params_set_buffer_time_near(pcm, hw, &bufferTime, &dir)) >= 0 &&
         (error = snd_pcm_hw_params_set_period_time_near(pcm, hw, &periodTime, &dir)) >= 0 &&
         (error = snd_pcm_hw_params(pcm, hw)) >= 0) {
-        error = snd_pcm_hw_params_get_period_size(hw, &period, &dir);
+        if ((error = snd_pcm_hw_params_get_period_size(hw, &period, &dir)) >= 0) {
+            error = snd_pcm_hw_params_get_buffer_size(hw, &buffer);
+        }
     }
     snd_pcm_hw_params_free(hw);
     if (error < 0) return error == -EBUSY ? error : -EINVAL;
@@ -270,7 +276,7 @@ int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_
     if ((error = snd_pcm_sw_params_malloc(&sw)) < 0) return error;
     if ((error = snd_pcm_sw_params_current(pcm, sw)) >= 0 &&
         (error = snd_pcm_sw_params_set_avail_min(pcm, sw, period)) >= 0 &&
-        (error = snd_pcm_sw_params_set_start_threshold(pcm, sw, period)) >= 0) {
+        (error = snd_pcm_sw_params_set_start_threshold(pcm, sw, std::max(period, buffer / period * period))) >= 0) {
         error = snd_pcm_sw_params(pcm, sw);
     }
     snd_pcm_sw_params_free(sw);
