@@ -7,9 +7,10 @@
 // on one worker thread; the program's thread waits for each at most its
 // limit and otherwise goes on as if the device were gone: kAlsaCallLimit
 // for what the program does while it runs (mixer values), the longer
-// kAlsaDiscoveryLimit for finding devices and mixers at start-up, which on a
-// loaded machine may take a few hundred milliseconds and whose false "not
-// found" would cost the user the whole run.
+// kAlsaDiscoveryLimit for what connects to the server (finding devices,
+// opening a mixer, which the program does at start-up and then keeps), which
+// on a loaded machine may take a few hundred milliseconds and whose false
+// "not found" would cost the user the whole run.
 //
 // A call that overran still runs to its end on the worker (when the server
 // answers or dies); what it got is then handed to its `release` there, never

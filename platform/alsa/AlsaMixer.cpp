@@ -427,7 +427,7 @@ public:
             std::shared_ptr<OpenMixer> state;
             MixerModel model;
         };
-        auto opened = boundedCall<Opened>(kAlsaCallLimit, [device] {
+        auto opened = boundedCall<Opened>(kAlsaDiscoveryLimit, [device] {
             Opened o;
             o.result = openMixer(device, o.state, o.model);
             return o;

@@ -375,8 +375,9 @@ using OpenPcm = std::function<OpenedPcm()>;
 // server holds that thread rather than the program's. The program waits for
 // the opening at most kAlsaCallLimit: an opening that ends in time gives its
 // result there; one that does not leaves the stream pending (what is written
-// meanwhile waits in the queue), and one still not ended after the stall
-// limit counts as a device gone.
+// meanwhile waits in the queue), and one still not ended after the
+// discovery limit (a connection to a server that does not answer) counts as
+// a device gone.
 class Opening {
 public:
     void end(int error)
@@ -399,7 +400,7 @@ public:
     bool overdue() const
     {
         std::lock_guard lock(mutex_);
-        return !ended_ && std::chrono::steady_clock::now() - began_ > std::chrono::milliseconds(kStallLimitMs);
+        return !ended_ && std::chrono::steady_clock::now() - began_ > kAlsaDiscoveryLimit;
     }
 
 private:
@@ -442,7 +443,7 @@ bool openDevice(const OpenPcm& open, Opening& opening, QueueLink<Queue>& link, s
 }
 
 // A stream's failure as the program sees it: what its thread recorded, or a
-// device gone when the opening has not ended by the stall limit.
+// device gone when the opening is overdue.
 template <class Queue>
 MMRESULT streamFailure(QueueLink<Queue>& link, const Opening& opening)
 {
