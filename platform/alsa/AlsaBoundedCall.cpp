@@ -1,5 +1,6 @@
 #include "platform/alsa/AlsaBoundedCall.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -77,6 +78,12 @@ private:
     std::shared_ptr<Ticket> running_;  // the job under way, if any
 };
 
+std::atomic<bool>& serverSilent()
+{
+    static std::atomic<bool> silent{false};
+    return silent;
+}
+
 Worker& worker()
 {
     static Worker* const instance = new Worker;
@@ -87,8 +94,14 @@ Worker& worker()
 
 bool runBounded(std::chrono::milliseconds limit, std::function<void()> job, std::function<void()> orphaned)
 {
-    return worker().run(limit, std::move(job), std::move(orphaned));
+    const bool inTime = worker().run(limit, std::move(job), std::move(orphaned));
+    serverSilent() = !inTime;
+    return inTime;
 }
+
+void noteServerSilent() { serverSilent() = true; }
+void noteServerAnswered() { serverSilent() = false; }
+std::chrono::milliseconds openingLimit() { return serverSilent() ? kAlsaCallLimit : kAlsaDiscoveryLimit; }
 
 void runDetached(std::function<void()> job) { worker().post(std::move(job)); }
 

@@ -33,6 +33,15 @@ inline constexpr std::chrono::milliseconds kAlsaDiscoveryLimit{2000};
 // stopped waiting.
 bool runBounded(std::chrono::milliseconds limit, std::function<void()> job, std::function<void()> orphaned);
 
+// What is known of the sound server: a call or stream that got no answer in
+// time marks it silent, one that ended in time marks it answering. Opening a
+// stream waits kAlsaDiscoveryLimit for a server not known to be silent (a
+// loaded machine may take that long) and only kAlsaCallLimit for a silent
+// one, so that the change after a stall does not wait again.
+void noteServerSilent();
+void noteServerAnswered();
+std::chrono::milliseconds openingLimit();
+
 // Hands `job` to the worker without waiting for it (closing what the worker
 // opened, in order after the calls before it).
 void runDetached(std::function<void()> job);

@@ -351,6 +351,7 @@ public:
     void fail()
     {
         with([&](Queue& queue) {
+            noteServerSilent();
             failure_ = MMSYSERR_NODRIVER;
             queue.abandon();
         });
@@ -373,11 +374,11 @@ using OpenPcm = std::function<OpenedPcm()>;
 
 // A stream's thread opens its own device, so that a slow or stopped sound
 // server holds that thread rather than the program's. The program waits for
-// the opening at most kAlsaCallLimit: an opening that ends in time gives its
-// result there; one that does not leaves the stream pending (what is written
-// meanwhile waits in the queue), and one still not ended after the
-// discovery limit (a connection to a server that does not answer) counts as
-// a device gone.
+// the opening at most openingLimit() (AlsaBoundedCall.h): an opening that
+// ends in time gives its result there; one that does not leaves the stream
+// pending (what is written meanwhile waits in the queue), and one still not
+// ended after the discovery limit (a connection to a server that does not
+// answer) counts as a device gone.
 class Opening {
 public:
     void end(int error)
@@ -394,8 +395,9 @@ public:
     int awaitEnd()
     {
         std::unique_lock lock(mutex_);
-        done_.wait_for(lock, kAlsaCallLimit, [&] { return ended_; });
-        return ended_ ? error_ : 0;
+        if (done_.wait_for(lock, openingLimit(), [&] { return ended_; })) return error_;
+        noteServerSilent();
+        return 0;
     }
     bool overdue() const
     {
@@ -429,6 +431,7 @@ bool openDevice(const OpenPcm& open, Opening& opening, QueueLink<Queue>& link, s
 {
     const OpenedPcm opened = open();
     opening.end(opened.error);
+    if (opened.error >= 0) noteServerAnswered();
     if (opened.error < 0) {
         link.fail();
         return false;
