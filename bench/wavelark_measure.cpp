@@ -6,7 +6,11 @@
 //    recorded back through the null sink's monitor; latency from the call
 //    to the first new sample, and gaps;
 //  - CPU while a 1 kHz tone plays and the program idles, beside sox's
-//    "play -n synth sine 1000" measured the same way.
+//    "play -n synth sine 1000" measured the same way;
+//  - with --load, while two busy processes hold both cores: gaps in 60 s of
+//    a steady tone, 1,000 change-overs, and the CPU again;
+//  - with --stalled, the time of each call the window makes while the sound
+//    server is stopped, and of the exit.
 // The server parts need the private server; run through scripts/measure.
 // Each part runs in a child process of its own, since a process chooses
 // its sound back end once.
@@ -22,6 +26,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -32,6 +37,7 @@
 #include "base/Array.h"
 #include "base/Trap.h"
 #include "engine/modWaveInOut.h"
+#include "mixer/modMixer.h"
 #include "platform/HostServices.h"
 #include "platform/SystemHost.h"
 #include "platform/WaveApi.h"
@@ -255,14 +261,38 @@ void printSpread(const char* what, const Spread& s)
                 s.median * 1000, s.p95 * 1000, s.max * 1000);
 }
 
-int measureServer()
+// A steady 1 kHz tone recorded for `seconds`, followed sample by sample.
+int measureSteadyTone(double seconds)
 {
     ::setenv("WAVELARK_AUDIO", "alsa", 1);
     if (!findDevices()) return 1;
-    constexpr std::size_t kChanges = 100;
+    Recorder recorder(seconds + 1);
+    if (!recorder.ok()) {
+        std::fprintf(stderr, "the input did not open\n");
+        return 1;
+    }
+    bool failed = false;
+    recorder.sleepWatching(300);
+    tone(1000);
+    const std::vector<std::vector<std::int16_t>> buffers = {change("Open", failed)};
+    while (!recorder.full()) recorder.sleepWatching(10);
+    ErrorFlag error = kFalse;
+    gWaveOutClose(kTrue, error);
+    const std::vector<std::int16_t> heard = recorder.samples();
+    const testing_support::PassWalk walk = testing_support::walkPasses(heard, buffers, 2);
+    std::printf("real server: steady 1 kHz tone, %.1f s followed sample by sample, %zu faults "
+                "(gaps or repeats)\n",
+                (heard.size() - std::min(heard.size(), walk.start)) / double(kRate), walk.faults.size());
+    return failed || !walk.faults.empty() ? 1 : 0;
+}
+
+int measureServer(std::size_t changes)
+{
+    ::setenv("WAVELARK_AUDIO", "alsa", 1);
+    if (!findDevices()) return 1;
     std::mt19937 random(20260102);
     std::uniform_int_distribution<int> pause(100, 160);
-    Recorder recorder(kChanges * 0.16 + 1.5);
+    Recorder recorder(changes * 0.16 + 1.5);
     if (!recorder.ok()) {
         std::fprintf(stderr, "the input did not open\n");
         return 1;
@@ -273,26 +303,26 @@ int measureServer()
     recorder.sleepWatching(300);
     tone(frequencyOf(0));
     buffers.push_back(change("Open", failed));
-    for (std::size_t k = 1; k <= kChanges; ++k) {
+    for (std::size_t k = 1; k <= changes; ++k) {
         recorder.sleepWatching(static_cast<std::uint32_t>(pause(random)));
         // From a 1 kHz tone to another and back, pass lengths 10 and 20 ms.
         tone(k % 2 == 1 ? 1250 : 1000);
         calls.push_back(recorder.now());
         buffers.push_back(change("", failed));
     }
-    while (!recorder.full() && recorder.now() < kChanges * 0.2 + 5) recorder.sleepWatching(10);
+    while (!recorder.full() && recorder.now() < changes * 0.2 + 5) recorder.sleepWatching(10);
     ErrorFlag error = kFalse;
     gWaveOutClose(kTrue, error);
 
     const std::vector<std::int16_t> heard = recorder.samples();
     const testing_support::PassWalk walk = testing_support::walkPasses(heard, buffers, 2);
-    printWalk("real server", walk, kChanges);
-    if (walk.changes.size() != kChanges || !walk.faults.empty()) {
+    printWalk("real server", walk, changes);
+    if (walk.changes.size() != changes || !walk.faults.empty()) {
         std::printf("real server: latency not measured (the recording does not follow every change)\n");
         return 1;
     }
     std::vector<double> played, arrived, played1k, beyondPass1k;
-    for (std::size_t k = 1; k <= kChanges; ++k) {
+    for (std::size_t k = 1; k <= changes; ++k) {
         const std::size_t first = walk.changes[k - 1];
         const double call = calls[k - 1];
         played.push_back(recorder.playedAt(first) - call);
@@ -304,11 +334,76 @@ int measureServer()
         }
     }
     std::printf("real server: change-over latency, from the call to the first new sample\n");
-    printSpread("played into the sink, out of 1 kHz (50)", spreadOf(played1k));
+    printSpread("played into the sink, out of 1 kHz", spreadOf(played1k));
     printSpread("  the same less a whole 10 ms pass", spreadOf(beyondPass1k));
-    printSpread("played into the sink, all 100", spreadOf(played));
-    printSpread("arrived in the program's recording, all 100", spreadOf(arrived));
+    printSpread("played into the sink, all", spreadOf(played));
+    printSpread("arrived in the program's recording, all", spreadOf(arrived));
     return failed ? 1 : 0;
+}
+
+int runChild(const std::string& self, const std::string& part, const std::string& argument = "");
+
+// ---- a stopped server -------------------------------------------------------------
+
+double monotonicSeconds()
+{
+    return std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
+}
+
+// Plays a tone, has the server stopped (as a hung or suspended session is)
+// and times each call the window would then make; the exit is timed by the
+// parent, from the moment written to `exitFile`.
+int stalledServerCalls(const std::string& exitFile)
+{
+    ::setenv("WAVELARK_AUDIO", "alsa", 1);
+    const char* serverVariable = std::getenv("WAVELARK_PULSE_PID");
+    if (serverVariable == nullptr || !findDevices()) return 1;
+    std::string report;
+    ErrorFlag error = kFalse;
+    gbMixerThereInit(report, error);
+    bool failed = false;
+    tone(1000);
+    change("Open", failed);
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    ::kill(std::atoi(serverVariable), SIGSTOP);
+    const auto timed = [](const char* what, const std::function<void()>& call) {
+        const auto start = Clock::now();
+        call();
+        std::printf("  %-44s %7.1f ms\n", what, secondsSince(start) * 1000);
+    };
+    std::printf("calls with the sound server stopped\n");
+    timed("a change at once (the stream not yet stalled)", [&] {
+        tone(1250);
+        change("", failed);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    std::string lost;
+    timed("the lost query, a second later", [&] { gbWaveOutLost(lost); });
+    std::printf("  the output %s\n", lost.empty() ? "is not told as lost" : ("is lost: " + lost).c_str());
+    timed("a change (reopens)", [&] {
+        tone(1000);
+        change("", failed);
+    });
+    timed("the master level", [&] { gMixerOutMasterSetLevel(30000, error); });
+    timed("the close (Mute)", [&] { gWaveOutClose(kTrue, error); });
+    timed("the restore at exit", [&] { gMixerSelectedRestore(error); });
+    std::ofstream(exitFile) << std::to_string(monotonicSeconds());
+    return 0;
+}
+
+int measureStalledServer(const std::string& self)
+{
+    const char* serverVariable = std::getenv("WAVELARK_PULSE_PID");
+    if (serverVariable == nullptr) return 1;
+    const std::string exitFile = "/tmp/wavelark-measure-exit-" + std::to_string(::getpid());
+    const int status = runChild(self, "--stalled-child", exitFile);
+    const double ended = monotonicSeconds();
+    ::kill(std::atoi(serverVariable), SIGCONT);
+    double exitStarted = 0;
+    std::ifstream(exitFile) >> exitStarted;
+    std::remove(exitFile.c_str());
+    if (exitStarted > 0) std::printf("  %-44s %7.1f ms\n", "the exit", (ended - exitStarted) * 1000);
+    return status;
 }
 
 // ---- CPU ------------------------------------------------------------------------
@@ -401,13 +496,40 @@ int measureCpuSideBySide(const std::string& self)
     return 0;
 }
 
-int runChild(const std::string& self, const std::string& part)
+int runChild(const std::string& self, const std::string& part, const std::string& argument)
 {
-    const pid_t pid = spawn({self, part});
+    std::vector<std::string> command = {self, part};
+    if (!argument.empty()) command.push_back(argument);
+    const pid_t pid = spawn(command);
     if (pid == 0) return 1;
     int status = 0;
     ::waitpid(pid, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
+
+// Two processes that keep both cores busy at the program's own priority
+// while the server figures are taken again: 60 s of a steady tone, 1,000
+// change-overs and the CPU of a playing tone.
+int measureUnderLoad(const std::string& self)
+{
+    std::vector<pid_t> load;
+    for (int i = 0; i < 2; ++i) {
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            volatile unsigned long spin = 0;
+            for (;;) spin = spin + 1;
+        }
+        if (pid > 0) load.push_back(pid);
+    }
+    std::printf("under load: %zu busy processes at the program's priority\n", load.size());
+    int status = runChild(self, "--steady", "60");
+    status |= runChild(self, "--server", "1000");
+    status |= runChild(self, "--cpu");
+    for (const pid_t pid : load) {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+    }
+    return status;
 }
 
 }  // namespace
@@ -419,11 +541,16 @@ int main(int argc, char** argv)
     const std::string part = argc > 1 ? argv[1] : "";
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     if (part == "--virtual") return measureVirtualCard();
-    if (part == "--server") return measureServer();
+    if (part == "--server") return measureServer(argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 100);
+    if (part == "--steady") return measureSteadyTone(argc > 2 ? std::atof(argv[2]) : 10);
+    if (part == "--load") return measureUnderLoad(self);
+    if (part == "--stalled") return measureStalledServer(self);
+    if (part == "--stalled-child") return stalledServerCalls(argc > 2 ? argv[2] : "");
     if (part == "--cpu") return measureCpuSideBySide(self);
     if (part == "--play-tone") return playTone(argc > 2 ? std::atof(argv[2]) : 10);
     if (!part.empty()) {
-        std::fprintf(stderr, "usage: wavelark_measure [--virtual | --server | --cpu]\n");
+        std::fprintf(stderr, "usage: wavelark_measure [--virtual | --server [changes] | --steady [seconds] "
+                             "| --cpu | --load | --stalled]\n");
         return 2;
     }
     int status = runChild(self, "--virtual");

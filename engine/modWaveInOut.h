@@ -142,6 +142,11 @@ void gWaveOutPlay(std::int32_t lLoops, std::int16_t nFirst, std::int16_t nLast,
 // Whether the current output header is done, waiting for it within its
 // budget (mbWaveOutDoneHdrPtr).
 Bool16 gbWaveOutDone(ErrorFlag& bError);
+// Whether the open output has been lost (its device or sound server gone or
+// stalled), with the platform's text for it in sText. Cheap: a window may
+// ask every few hundred milliseconds. A closed output is not lost. The next
+// change after a loss opens the output anew.
+Bool16 gbWaveOutLost(std::string& sText);
 // Closes the output when open: the loop is broken, then the output is reset
 // (bReset) or the current header is waited for within its budget; headers
 // are unprepared and freed. The handle is 0 afterwards in every case, and

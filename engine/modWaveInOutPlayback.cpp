@@ -357,9 +357,10 @@ void gWaveOutMakeUpdate(std::int32_t lLoops, Bool16 bReset, rt::SampleArray& anS
         leaveOnError(trap, bError);
     });
     trap.step([&] {
-        // A closed output (after a close that left the format behind) is
-        // opened as a new rate would be.
-        if (lMadeRate == lOpenRate && gState.output.handle != 0) {
+        // A closed output (after a close that left the format behind), or
+        // one whose device was lost, is opened as a new rate would be.
+        std::string sLost;
+        if (lMadeRate == lOpenRate && gState.output.handle != 0 && !gbWaveOutLost(sLost)) {
             mWaveOutUpdate(lLoops, bReset, anRecord, bError);
             return;
         }
@@ -370,6 +371,16 @@ void gWaveOutMakeUpdate(std::int32_t lLoops, Bool16 bReset, rt::SampleArray& anS
         }
         glWaveOutOpenPrepMakeUpdate(lLoops, anSamples, anRecord, bError);
     });
+}
+
+Bool16 gbWaveOutLost(std::string& sText)
+{
+    if (gState.output.handle == 0) return kFalse;
+    const mm::MMRESULT failure = mm::waveOutGetFailure(outputHandle());
+    if (failure == mm::MMSYSERR_NOERROR) return kFalse;
+    ErrorFlag bUnknown = kFalse;
+    sText = msWaveOutGetErrorText(failure, bUnknown);
+    return kTrue;
 }
 
 void gWaveOutMakeLoadSetHdr(rt::SampleArray& anSamples, ErrorFlag& bError)

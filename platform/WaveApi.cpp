@@ -245,6 +245,14 @@ MMRESULT waveOutClose(HWAVEOUT handle)
     return MMSYSERR_NOERROR;  // the stream's thread stops as `closing` goes
 }
 
+MMRESULT waveOutGetFailure(HWAVEOUT handle)
+{
+    std::lock_guard lock(handles().mutex);
+    OutputHandle* output = findOutput(handle);
+    if (output == nullptr) return MMSYSERR_INVALHANDLE;
+    return output->stream->failure();
+}
+
 MMRESULT waveOutGetErrorTextA(MMRESULT error, char* text, UINT size)
 {
     return errorText(error, text, size);

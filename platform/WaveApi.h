@@ -189,6 +189,11 @@ MMRESULT waveOutClose(HWAVEOUT handle);
 // The published text of an error code, cut to fit `size` characters with
 // the terminating NUL.
 MMRESULT waveOutGetErrorTextA(MMRESULT error, char* text, UINT size);
+// Not one of the published calls: what the device side of an open output
+// has met, MMSYSERR_NOERROR while it plays (MMSYSERR_NODRIVER once its
+// device or sound server is gone or has stalled). It asks nothing of the
+// device, so a window may poll it from a timer.
+MMRESULT waveOutGetFailure(HWAVEOUT handle);
 // Not one of the published calls: rewrites the data and length of a
 // prepared header that the device may be playing. `rewrite` runs while the
 // device side is held off, so the device reads all of the old data or all

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,6 +18,7 @@
 #include <vector>
 
 #include "platform/WaveBackend.h"
+#include "platform/alsa/AlsaBoundedCall.h"
 #include "platform/alsa/AlsaCommon.h"
 #include "platform/alsa/AlsaStreamGain.h"
 
@@ -27,14 +29,18 @@ namespace {
 using backend::CaptureQueue;
 using backend::PlayQueue;
 
-// Output: about 10 ms periods in about 40 ms of buffer keep a change of
-// signal audible soon after the playing pass ends. Input: the same periods in
-// a deeper buffer, since only delivery (not latency) matters there.
+// Output: about 10 ms periods in about 50 ms of buffer. The feeder keeps the
+// buffer full, so a change of signal is heard about 40 ms after the playing
+// pass ends, and the feeder may be kept from running for 40 ms (a loaded
+// machine; no raised priority is open to an ordinary user) before the
+// device runs dry. Input: the same periods in a deeper buffer, since only
+// delivery (not latency) matters there.
 constexpr unsigned kPeriodUs = 10'000;
-constexpr unsigned kOutputBufferUs = 40'000;
+constexpr unsigned kOutputBufferUs = 50'000;
 constexpr unsigned kInputBufferUs = 200'000;
-// A device that takes no data for this long is treated as gone.
-constexpr int kStallLimitMs = 2000;
+// A device that takes or gives no data for this long is treated as gone: a
+// stopped sound server is then told as lost well within a second.
+constexpr int kStallLimitMs = 600;
 constexpr int kWaitMs = 100;
 
 // ---------------------------------------------------------------- errors
@@ -122,16 +128,18 @@ Probe probeFormats(snd_pcm_t* pcm)
     return probe;
 }
 
-Probe probeDevice(const Device& device, snd_pcm_stream_t stream)
+// Reads what a device can do; the error of the opening when it does not open.
+int probeDevice(const Device& device, snd_pcm_stream_t stream, Probe& probe)
 {
     snd_pcm_t* pcm = nullptr;
-    if (snd_pcm_open(&pcm, device.probe.c_str(), stream, SND_PCM_NONBLOCK) < 0) {
-        if (device.probe == device.pcm) return {};
-        if (snd_pcm_open(&pcm, device.pcm.c_str(), stream, SND_PCM_NONBLOCK) < 0) return {};
+    int error = snd_pcm_open(&pcm, device.probe.c_str(), stream, SND_PCM_NONBLOCK);
+    if (error < 0 && device.probe != device.pcm) {
+        error = snd_pcm_open(&pcm, device.pcm.c_str(), stream, SND_PCM_NONBLOCK);
     }
-    Probe probe = probeFormats(pcm);
+    if (error < 0) return error;
+    probe = probeFormats(pcm);
     snd_pcm_close(pcm);
-    return probe;
+    return 0;
 }
 
 // Volume support from the device's mixer: volume when any element has a
@@ -205,9 +213,12 @@ std::vector<Device> listDevices(snd_pcm_stream_t stream)
 {
     silenceAlsaDiagnostics();
     std::vector<Device> devices;
+    // The default device is listed when it opens, and also when something
+    // holds or refuses it: its capabilities then say why it cannot be used.
     snd_pcm_t* pcm = nullptr;
-    if (snd_pcm_open(&pcm, "default", stream, SND_PCM_NONBLOCK) >= 0) {
-        snd_pcm_close(pcm);
+    const int opened = snd_pcm_open(&pcm, "default", stream, SND_PCM_NONBLOCK);
+    if (opened >= 0) snd_pcm_close(pcm);
+    if (opened >= 0 || deviceError(opened) != MMSYSERR_NODRIVER) {
         std::string name = hintDescription("default");
         devices.push_back({"default", "default", "default", name.empty() ? "Default" : name, -1, 0});
     }
@@ -234,6 +245,9 @@ std::vector<Device> listDevices(snd_pcm_stream_t stream)
 // ---------------------------------------------------------------- streams
 
 // Sets 16-bit mono at exactly `rate`, with the buffer and period times given.
+// A stream starts once its buffer holds as many whole periods as fit: on a
+// loaded machine the feeder may be late for the periods after the first,
+// and a stream started on one period would run dry at once.
 int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_t& period)
 {
     snd_pcm_hw_params_t* hw = nullptr;
@@ -241,6 +255,7 @@ int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_
     if (error < 0) return error;
     unsigned bufferTime = bufferUs;
     unsigned periodTime = kPeriodUs;
+    snd_pcm_uframes_t buffer = 0;
     int dir = 0;
     if ((error = snd_pcm_hw_params_any(pcm, hw)) >= 0 &&
         (error = snd_pcm_hw_params_set_access(pcm, hw, SND_PCM_ACCESS_RW_INTERLEAVED)) >= 0 &&
@@ -250,7 +265,9 @@ int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_
         (error = snd_pcm_hw_params_set_buffer_time_near(pcm, hw, &bufferTime, &dir)) >= 0 &&
         (error = snd_pcm_hw_params_set_period_time_near(pcm, hw, &periodTime, &dir)) >= 0 &&
         (error = snd_pcm_hw_params(pcm, hw)) >= 0) {
-        error = snd_pcm_hw_params_get_period_size(hw, &period, &dir);
+        if ((error = snd_pcm_hw_params_get_period_size(hw, &period, &dir)) >= 0) {
+            error = snd_pcm_hw_params_get_buffer_size(hw, &buffer);
+        }
     }
     snd_pcm_hw_params_free(hw);
     if (error < 0) return error == -EBUSY ? error : -EINVAL;
@@ -259,7 +276,7 @@ int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_
     if ((error = snd_pcm_sw_params_malloc(&sw)) < 0) return error;
     if ((error = snd_pcm_sw_params_current(pcm, sw)) >= 0 &&
         (error = snd_pcm_sw_params_set_avail_min(pcm, sw, period)) >= 0 &&
-        (error = snd_pcm_sw_params_set_start_threshold(pcm, sw, period)) >= 0) {
+        (error = snd_pcm_sw_params_set_start_threshold(pcm, sw, std::max(period, buffer / period * period))) >= 0) {
         error = snd_pcm_sw_params(pcm, sw);
     }
     snd_pcm_sw_params_free(sw);
@@ -302,34 +319,168 @@ double currentStreamGain()
     return static_cast<double>(gain.level.load()) / 65535.0;
 }
 
-class AlsaOutput : public backend::OutputStream {
+// The link between a stream's thread and the queue it serves. The program
+// cuts it when it closes the stream; from then on the thread touches the
+// queue no more, and only finishes with its device.
+template <class Queue>
+class QueueLink {
 public:
-    AlsaOutput(snd_pcm_t* pcm, snd_pcm_uframes_t period, PlayQueue& queue)
-        : pcm_(pcm), period_(period), queue_(queue), thread_([this] { feed(); })
-    {
-    }
-    ~AlsaOutput() override
-    {
-        stop_ = true;
-        thread_.join();
-        snd_pcm_drop(pcm_);
-        snd_pcm_close(pcm_);
-    }
-    MMRESULT failure() const override { return failure_.load(); }
+    explicit QueueLink(Queue& queue) : queue_(&queue) {}
 
-private:
+    // Runs `use` on the queue; false (and `use` not run) once cut.
+    template <class Use>
+    bool with(Use&& use)
+    {
+        std::lock_guard lock(mutex_);
+        if (queue_ == nullptr) return false;
+        use(*queue_);
+        return true;
+    }
+    void cut()
+    {
+        std::lock_guard lock(mutex_);
+        queue_ = nullptr;
+    }
+    bool isCut() const
+    {
+        std::lock_guard lock(mutex_);
+        return queue_ == nullptr;
+    }
+    // The device failed: the failure is recorded and nothing waits on the
+    // queued headers any more.
     void fail()
     {
-        failure_ = MMSYSERR_NODRIVER;
-        queue_.abandon();
+        with([&](Queue& queue) {
+            noteServerSilent();
+            failure_ = MMSYSERR_NODRIVER;
+            queue.abandon();
+        });
     }
+    MMRESULT failure() const { return failure_.load(); }
+
+private:
+    mutable std::mutex mutex_;
+    Queue* queue_;
+    std::atomic<MMRESULT> failure_{MMSYSERR_NOERROR};
+};
+
+// An opened and configured PCM, or the error that kept it closed.
+struct OpenedPcm {
+    int error = 0;
+    snd_pcm_t* pcm = nullptr;
+    snd_pcm_uframes_t period = 0;
+};
+using OpenPcm = std::function<OpenedPcm()>;
+
+// A stream's thread opens its own device, so that a slow or stopped sound
+// server holds that thread rather than the program's. The program waits for
+// the opening at most openingLimit() (AlsaBoundedCall.h): an opening that
+// ends in time gives its result there; one that does not leaves the stream
+// pending (what is written meanwhile waits in the queue), and one still not
+// ended after the discovery limit (a connection to a server that does not
+// answer) counts as a device gone.
+class Opening {
+public:
+    void end(int error)
+    {
+        {
+            std::lock_guard lock(mutex_);
+            ended_ = true;
+            error_ = error;
+        }
+        done_.notify_all();
+    }
+    // The error of an opening that failed in time; 0 when it succeeded or
+    // is still under way.
+    int awaitEnd()
+    {
+        std::unique_lock lock(mutex_);
+        if (done_.wait_for(lock, openingLimit(), [&] { return ended_; })) return error_;
+        noteServerSilent();
+        return 0;
+    }
+    bool overdue() const
+    {
+        std::lock_guard lock(mutex_);
+        return !ended_ && std::chrono::steady_clock::now() - began_ > kAlsaDiscoveryLimit;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::condition_variable done_;
+    bool ended_ = false;
+    int error_ = 0;
+    const std::chrono::steady_clock::time_point began_ = std::chrono::steady_clock::now();
+};
+
+// Stops and closes a stream's PCM. Through a sound server both may wait for
+// the server, so only the stream's own thread does this, as it ends.
+void closePcm(snd_pcm_t* pcm)
+{
+    snd_pcm_drop(pcm);
+    snd_pcm_close(pcm);
+}
+
+// A stream thread's first step: opens the device and says how the opening
+// ended. False when there is nothing to play or record: the opening failed,
+// or the program let go or gave the stream up meanwhile (the device is then
+// closed again).
+template <class Queue>
+bool openDevice(const OpenPcm& open, Opening& opening, QueueLink<Queue>& link, snd_pcm_t*& pcm,
+                snd_pcm_uframes_t& period)
+{
+    const OpenedPcm opened = open();
+    opening.end(opened.error);
+    if (opened.error >= 0) noteServerAnswered();
+    if (opened.error < 0) {
+        link.fail();
+        return false;
+    }
+    if (link.isCut() || link.failure() != MMSYSERR_NOERROR) {
+        closePcm(opened.pcm);
+        return false;
+    }
+    pcm = opened.pcm;
+    period = opened.period;
+    return true;
+}
+
+// A stream's failure as the program sees it: what its thread recorded, or a
+// device gone when the opening is overdue.
+template <class Queue>
+MMRESULT streamFailure(QueueLink<Queue>& link, const Opening& opening)
+{
+    if (link.failure() == MMSYSERR_NOERROR && opening.overdue()) link.fail();
+    return link.failure();
+}
+
+// An output's thread: it feeds the device from the queue until the program
+// lets go or the device fails, then closes the device. It outlives the
+// output object when the device is slow to close (a stopped server), and
+// ends when the server answers or dies.
+class Feeder {
+public:
+    Feeder(OpenPcm open, PlayQueue& queue) : link(queue), open_(std::move(open)) {}
+
+    void run()
+    {
+        if (!openDevice(open_, opening, link, pcm_, period_)) return;
+        feed();
+        closePcm(pcm_);
+    }
+
+    QueueLink<PlayQueue> link;
+    Opening opening;
+
+private:
+    bool stopping() const { return link.isCut(); }
 
     // Writes all of `frames`, waiting for room; false when the device failed.
     bool writeAll(const std::int16_t* frames, snd_pcm_uframes_t count)
     {
         int stalledMs = 0;
         int recoveries = 0;
-        while (count > 0 && !stop_) {
+        while (count > 0 && !stopping()) {
             const snd_pcm_sframes_t written = snd_pcm_writei(pcm_, frames, count);
             if (written >= 0) {
                 frames += written;
@@ -354,7 +505,7 @@ private:
     {
         int stalledMs = 0;
         int recoveries = 0;
-        while (!stop_) {
+        while (!stopping()) {
             const snd_pcm_sframes_t room = snd_pcm_avail_update(pcm_);
             if (room < 0) {
                 if (++recoveries > 10 || !recover(pcm_, static_cast<int>(room))) return false;
@@ -373,77 +524,91 @@ private:
     void feed()
     {
         std::vector<std::int16_t> chunk(period_);
-        while (!stop_) {
+        while (!stopping()) {
             if (!awaitRoom()) {
-                fail();
+                link.fail();
                 return;
             }
-            if (stop_) return;
-            queue_.pull(chunk.data(), chunk.size());
+            if (!link.with([&](PlayQueue& queue) { queue.pull(chunk.data(), chunk.size()); })) return;
             const double gain = currentStreamGain();
             if (gain != 1.0) {
                 for (auto& sample : chunk) sample = static_cast<std::int16_t>(std::lround(sample * gain));
             }
             if (!writeAll(chunk.data(), period_)) {
-                fail();
+                link.fail();
                 return;
             }
         }
     }
 
-    snd_pcm_t* pcm_;
-    const snd_pcm_uframes_t period_;
-    PlayQueue& queue_;
-    std::atomic<bool> stop_{false};
-    std::atomic<MMRESULT> failure_{MMSYSERR_NOERROR};
-    std::thread thread_;  // last: starts once the members above are ready
+    OpenPcm open_;
+    snd_pcm_t* pcm_ = nullptr;
+    snd_pcm_uframes_t period_ = 0;
 };
 
-class AlsaInput : public backend::InputStream {
+class AlsaOutput : public backend::OutputStream {
 public:
-    AlsaInput(snd_pcm_t* pcm, snd_pcm_uframes_t period, CaptureQueue& queue)
-        : pcm_(pcm), period_(period), queue_(queue), thread_([this] { capture(); })
+    AlsaOutput(OpenPcm open, PlayQueue& queue) : feeder_(std::make_shared<Feeder>(std::move(open), queue))
     {
+        std::thread([feeder = feeder_] { feeder->run(); }).detach();
     }
-    ~AlsaInput() override
-    {
-        {
-            std::lock_guard lock(mutex_);
-            stop_ = true;
-        }
-        wake_.notify_all();
-        thread_.join();
-        snd_pcm_drop(pcm_);
-        snd_pcm_close(pcm_);
-    }
-    MMRESULT failure() const override { return failure_.load(); }
-    void start() override
-    {
-        {
-            std::lock_guard lock(mutex_);
-            wanted_ = true;
-        }
-        wake_.notify_all();
-    }
-    void stop() override
-    {
-        std::lock_guard lock(mutex_);
-        wanted_ = false;
-    }
+    // Never waits for the device: the feeder closes it on its own thread.
+    ~AlsaOutput() override { feeder_->link.cut(); }
+    int awaitOpening() { return feeder_->opening.awaitEnd(); }
+    MMRESULT failure() const override { return streamFailure(feeder_->link, feeder_->opening); }
 
 private:
-    // Waits until recording is wanted (true) or the stream closes (false).
-    bool awaitStart(bool& running)
+    std::shared_ptr<Feeder> feeder_;
+};
+
+// An input's thread: it records into the queue while recording is wanted,
+// until the program lets go or the device fails, then closes the device.
+class Recorder {
+public:
+    Recorder(OpenPcm open, CaptureQueue& queue) : link(queue), open_(std::move(open)) {}
+
+    void run()
     {
-        std::unique_lock lock(mutex_);
-        while (!stop_ && !wanted_) {
+        if (!openDevice(open_, opening, link, pcm_, period_)) return;
+        capture();
+        closePcm(pcm_);
+    }
+    void want(bool recording)
+    {
+        {
+            std::lock_guard lock(mutex_);
+            wanted_ = recording;
+        }
+        wake_.notify_all();
+    }
+    void release()
+    {
+        link.cut();
+        wake_.notify_all();
+    }
+
+    QueueLink<CaptureQueue> link;
+    Opening opening;
+
+private:
+    // Waits until recording is wanted (true) or the program lets go (false);
+    // the device is stopped meanwhile, outside the lock, since stopping may
+    // wait for a sound server.
+    bool awaitWanted(bool& running)
+    {
+        for (;;) {
+            {
+                std::unique_lock lock(mutex_);
+                wake_.wait_for(lock, std::chrono::milliseconds(50),
+                               [&] { return wanted_ || link.isCut(); });
+                if (link.isCut()) return false;
+                if (wanted_) return true;
+            }
             if (running) {
                 snd_pcm_drop(pcm_);
                 running = false;
             }
-            wake_.wait_for(lock, std::chrono::milliseconds(50));
         }
-        return !stop_;
     }
 
     void capture()
@@ -452,7 +617,7 @@ private:
         bool running = false;
         int stalledMs = 0;
         int recoveries = 0;
-        while (awaitStart(running)) {
+        while (awaitWanted(running)) {
             if (!running) {
                 if (snd_pcm_prepare(pcm_) < 0 || snd_pcm_start(pcm_) < 0) break;
                 running = true;
@@ -460,7 +625,11 @@ private:
             }
             const snd_pcm_sframes_t got = snd_pcm_readi(pcm_, chunk.data(), chunk.size());
             if (got > 0) {
-                queue_.push(chunk.data(), static_cast<std::size_t>(got));
+                if (!link.with([&](CaptureQueue& queue) {
+                        queue.push(chunk.data(), static_cast<std::size_t>(got));
+                    })) {
+                    return;
+                }
                 stalledMs = 0;
                 recoveries = 0;
             } else if (got == -EAGAIN || got == 0) {
@@ -473,60 +642,69 @@ private:
                 snd_pcm_start(pcm_);
             }
         }
-        std::lock_guard lock(mutex_);
-        if (!stop_) {
-            failure_ = MMSYSERR_NODRIVER;
-            queue_.abandon();
-        }
+        link.fail();
     }
 
-    snd_pcm_t* pcm_;
-    const snd_pcm_uframes_t period_;
-    CaptureQueue& queue_;
+    OpenPcm open_;
+    snd_pcm_t* pcm_ = nullptr;
+    snd_pcm_uframes_t period_ = 0;
     std::mutex mutex_;
     std::condition_variable wake_;
-    bool stop_ = false;
     bool wanted_ = false;
-    std::atomic<MMRESULT> failure_{MMSYSERR_NOERROR};
-    std::thread thread_;  // last: starts once the members above are ready
+};
+
+class AlsaInput : public backend::InputStream {
+public:
+    AlsaInput(OpenPcm open, CaptureQueue& queue)
+        : recorder_(std::make_shared<Recorder>(std::move(open), queue))
+    {
+        std::thread([recorder = recorder_] { recorder->run(); }).detach();
+    }
+    // Never waits for the device: the recorder closes it on its own thread.
+    ~AlsaInput() override { recorder_->release(); }
+    int awaitOpening() { return recorder_->opening.awaitEnd(); }
+    MMRESULT failure() const override { return streamFailure(recorder_->link, recorder_->opening); }
+    void start() override { recorder_->want(true); }
+    void stop() override { recorder_->want(false); }
+
+private:
+    std::shared_ptr<Recorder> recorder_;
 };
 
 // ---------------------------------------------------------------- back end
 
+// A device's capabilities as probed, or the error that kept it from opening.
+struct ProbeResult {
+    int error = 0;
+    Probe probe;
+    DWORD support = 0;
+};
+
+// Every call that may wait on a sound server goes through the bounded
+// worker (AlsaBoundedCall.h); a server that does not answer in time counts
+// as gone.
 class AlsaBackend : public backend::WaveBackend {
 public:
-    UINT outputCount() override
-    {
-        std::lock_guard lock(mutex_);
-        outputs_ = listDevices(SND_PCM_STREAM_PLAYBACK);
-        outputsListed_ = true;
-        return static_cast<UINT>(outputs_.size());
-    }
-    UINT inputCount() override
-    {
-        std::lock_guard lock(mutex_);
-        inputs_ = listDevices(SND_PCM_STREAM_CAPTURE);
-        inputsListed_ = true;
-        return static_cast<UINT>(inputs_.size());
-    }
+    UINT outputCount() override { return static_cast<UINT>(refresh(SND_PCM_STREAM_PLAYBACK)); }
+    UINT inputCount() override { return static_cast<UINT>(refresh(SND_PCM_STREAM_CAPTURE)); }
 
     MMRESULT outputCaps(UINT deviceId, WAVEOUTCAPSA& caps) override
     {
-        Device device;
-        if (MMRESULT result = find(deviceId, true, device)) return result;
-        const Probe probe = probeDevice(device, SND_PCM_STREAM_PLAYBACK);
+        Device found;
+        ProbeResult probed;
+        if (MMRESULT result = probe(deviceId, SND_PCM_STREAM_PLAYBACK, found, probed)) return result;
         caps = WAVEOUTCAPSA{};
-        fillCommon(device, probe, caps);
-        caps.dwSupport = probeSupport(device);
+        fillCommon(found, probed.probe, caps);
+        caps.dwSupport = probed.support;
         return MMSYSERR_NOERROR;
     }
     MMRESULT inputCaps(UINT deviceId, WAVEINCAPSA& caps) override
     {
-        Device device;
-        if (MMRESULT result = find(deviceId, false, device)) return result;
-        const Probe probe = probeDevice(device, SND_PCM_STREAM_CAPTURE);
+        Device found;
+        ProbeResult probed;
+        if (MMRESULT result = probe(deviceId, SND_PCM_STREAM_CAPTURE, found, probed)) return result;
         caps = WAVEINCAPSA{};
-        fillCommon(device, probe, caps);
+        fillCommon(found, probed.probe, caps);
         return MMSYSERR_NOERROR;
     }
 
@@ -544,33 +722,79 @@ public:
     }
 
 private:
+    struct DeviceList {
+        std::vector<Device> devices;
+        bool listed = false;
+    };
+
+    DeviceList& listFor(snd_pcm_stream_t direction)
+    {
+        return direction == SND_PCM_STREAM_PLAYBACK ? outputs_ : inputs_;
+    }
+
+    // Lists the devices anew; a server that does not answer leaves the last
+    // list as it was. Returns the number of devices.
+    std::size_t refresh(snd_pcm_stream_t direction)
+    {
+        auto devices = boundedCall<std::vector<Device>>(kAlsaDiscoveryLimit, [direction] { return listDevices(direction); });
+        std::lock_guard lock(mutex_);
+        DeviceList& list = listFor(direction);
+        if (devices) {
+            list.devices = std::move(*devices);
+            list.listed = true;
+        }
+        return list.devices.size();
+    }
+
+    MMRESULT find(UINT deviceId, snd_pcm_stream_t direction, Device& found)
+    {
+        bool listed = false;
+        {
+            std::lock_guard lock(mutex_);
+            listed = listFor(direction).listed;
+        }
+        if (!listed) refresh(direction);
+        std::lock_guard lock(mutex_);
+        const DeviceList& list = listFor(direction);
+        if (!list.listed) return MMSYSERR_NODRIVER;
+        if (deviceId >= list.devices.size()) return MMSYSERR_BADDEVICEID;
+        found = list.devices[deviceId];
+        return MMSYSERR_NOERROR;
+    }
+
+    // Probes a device; a device that will not open gives the reason.
+    MMRESULT probe(UINT deviceId, snd_pcm_stream_t direction, Device& found, ProbeResult& probed)
+    {
+        if (MMRESULT result = find(deviceId, direction, found)) return result;
+        auto result = boundedCall<ProbeResult>(kAlsaDiscoveryLimit, [found, direction] {
+            ProbeResult r;
+            r.error = probeDevice(found, direction, r.probe);
+            if (r.error >= 0 && direction == SND_PCM_STREAM_PLAYBACK) r.support = probeSupport(found);
+            return r;
+        });
+        if (!result) return MMSYSERR_NODRIVER;
+        if (result->error < 0) return deviceError(result->error);
+        probed = *result;
+        return MMSYSERR_NOERROR;
+    }
+
     // Opens the device's PCM in one direction and starts its stream thread.
     template <class Stream, class Queue, class Base>
     MMRESULT openStream(UINT deviceId, snd_pcm_stream_t direction, const WAVEFORMATEX& format,
                         unsigned bufferUs, Queue& queue, std::unique_ptr<Base>& stream)
     {
-        Device device;
-        const bool output = direction == SND_PCM_STREAM_PLAYBACK;
-        if (MMRESULT result = find(deviceId, output, device)) return result;
-        snd_pcm_t* pcm = nullptr;
-        snd_pcm_uframes_t period = 0;
-        const int error = openPcm(device, direction, format.nSamplesPerSec, bufferUs, pcm, period);
-        if (error < 0) return openError(error);
-        stream = std::make_unique<Stream>(pcm, period, queue);
-        return MMSYSERR_NOERROR;
-    }
-
-    MMRESULT find(UINT deviceId, bool output, Device& device)
-    {
-        std::lock_guard lock(mutex_);
-        bool& listed = output ? outputsListed_ : inputsListed_;
-        std::vector<Device>& devices = output ? outputs_ : inputs_;
-        if (!listed) {
-            devices = listDevices(output ? SND_PCM_STREAM_PLAYBACK : SND_PCM_STREAM_CAPTURE);
-            listed = true;
-        }
-        if (deviceId >= devices.size()) return MMSYSERR_BADDEVICEID;
-        device = devices[deviceId];
+        Device found;
+        if (MMRESULT result = find(deviceId, direction, found)) return result;
+        const unsigned rate = format.nSamplesPerSec;
+        auto created = std::make_unique<Stream>(
+            [found, direction, rate, bufferUs] {
+                OpenedPcm o;
+                o.error = openPcm(found, direction, rate, bufferUs, o.pcm, o.period);
+                return o;
+            },
+            queue);
+        if (const int error = created->awaitOpening(); error < 0) return openError(error);
+        stream = std::move(created);
         return MMSYSERR_NOERROR;
     }
 
@@ -587,10 +811,8 @@ private:
     }
 
     std::mutex mutex_;
-    std::vector<Device> outputs_;
-    std::vector<Device> inputs_;
-    bool outputsListed_ = false;
-    bool inputsListed_ = false;
+    DeviceList outputs_;
+    DeviceList inputs_;
 };
 
 }  // namespace

@@ -7,10 +7,13 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/HostServices.h"
+#include "platform/MixerApi.h"
 #include "platform/WaveApi.h"
 #include "tests/bench/DoomedServer.h"
 #include "tests/support/ScriptedHost.h"
@@ -49,6 +52,27 @@ struct Looping {
         headerSetFlags(header, WHDR_BEGINLOOP | WHDR_ENDLOOP, 0);
         header.dwLoops = kForever;
     }
+};
+
+// A 1 kHz tone looping on ALSA's default device of a server of the test's
+// own, which the test may stop or kill.
+class OwnServerBench : public AlsaBench {
+protected:
+    void SetUp() override
+    {
+        AlsaBench::SetUp();
+        if (IsSkipped()) return;
+        ASSERT_TRUE(server.ready()) << "a second private server could not be started";
+        ::setenv("PULSE_SERVER", server.address().c_str(), 1);
+        ASSERT_TRUE(waitFor([&] { return waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL) == 0; }, 5000));
+        tone.emplace(output, makeTone(441, 10, 16000));
+        ASSERT_EQ(waveOutWrite(output, &tone->header, sizeof tone->header), MMSYSERR_NOERROR);
+    }
+
+    DoomedServer server;
+    const WAVEFORMATEX format = pcmFormat(44100);
+    HWAVEOUT output = 0;
+    std::optional<Looping> tone;
 };
 
 TEST_F(AlsaBench, TheDefaultDeviceComesFirstWithWhatItCanDo)
@@ -115,30 +139,21 @@ TEST_F(AlsaBench, AToneComesBackAtItsFrequencyAndLevelWithoutAGap)
     EXPECT_LT(high, 1.05);
 }
 
-TEST_F(AlsaBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang)
+TEST_F(OwnServerBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang)
 {
-    DoomedServer server;
-    ASSERT_TRUE(server.ready()) << "a second private server could not be started";
-    ::setenv("PULSE_SERVER", server.address().c_str(), 1);
-
-    const WAVEFORMATEX format = pcmFormat(44100);
-    HWAVEOUT output = 0;
-    ASSERT_TRUE(waitFor([&] { return waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL) == 0; }, 5000));
-    Looping tone(output, makeTone(441, 10, 16000));
-    ASSERT_EQ(waveOutWrite(output, &tone.header, sizeof tone.header), MMSYSERR_NOERROR);
     host::sleep(300);
     server.kill();
 
     // The feeder finds the server gone; the program hears of it at its next
     // write, and nothing waits on the playing header any more.
-    EXPECT_TRUE(waitFor([&] { return headerFlags(tone.header) & WHDR_DONE; }, 10000));
+    EXPECT_TRUE(waitFor([&] { return headerFlags(tone->header) & WHDR_DONE; }, 10000));
     Looping next(output, makeTone(441, 20, 16000));
     EXPECT_EQ(waveOutWrite(output, &next.header, sizeof next.header), MMSYSERR_NODRIVER);
 
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(waveOutBreakLoop(output), MMSYSERR_NOERROR);
     EXPECT_EQ(waveOutReset(output), MMSYSERR_NOERROR);
-    EXPECT_EQ(waveOutUnprepareHeader(output, &tone.header, sizeof tone.header), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutUnprepareHeader(output, &tone->header, sizeof tone->header), MMSYSERR_NOERROR);
     EXPECT_EQ(waveOutUnprepareHeader(output, &next.header, sizeof next.header), MMSYSERR_NOERROR);
     EXPECT_EQ(waveOutClose(output), MMSYSERR_NOERROR);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
@@ -146,6 +161,98 @@ TEST_F(AlsaBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang)
     HWAVEOUT again = 0;
     EXPECT_NE(waveOutOpen(&again, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR)
         << "no server, no device";
+}
+
+// Times calls; prints each and keeps the longest.
+class CallClock {
+public:
+    template <class Call>
+    auto operator()(const char* name, Call&& call)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        auto result = call();
+        const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+        std::cout << "  " << name << " " << ms << " ms\n";
+        if (ms > longest) {
+            longest = ms;
+            longestName = name;
+        }
+        EXPECT_LT(ms, 3000) << name << " waited on the stopped server";
+        return result;
+    }
+    double longest = 0;
+    std::string longestName;
+};
+
+TEST_F(OwnServerBench, AStoppedServerHoldsNoCallAndPlaysAgainOnceResumed)
+{
+    HMIXER mixer = 0;
+    ASSERT_EQ(mixerOpen(&mixer, 0, 0, 0, 0), MMSYSERR_NOERROR);
+    MIXERLINEA speakers;
+    speakers.cbStruct = sizeof speakers;
+    speakers.dwDestination = 0;
+    ASSERT_EQ(mixerGetLineInfoA(mixer, &speakers, MIXER_GETLINEINFOF_DESTINATION), MMSYSERR_NOERROR);
+    std::vector<MIXERCONTROLA> all(speakers.cControls);
+    MIXERLINECONTROLSA controls;
+    controls.cbStruct = sizeof controls;
+    controls.dwLineID = speakers.dwLineID;
+    controls.cControls = speakers.cControls;
+    controls.cbmxctrl = sizeof(MIXERCONTROLA);
+    controls.pamxctrl = all.data();
+    ASSERT_EQ(mixerGetLineControlsA(mixer, &controls, MIXER_GETLINECONTROLSF_ALL), MMSYSERR_NOERROR);
+    ASSERT_FALSE(all.empty());
+    const MIXERCONTROLA control = all.front();
+    ASSERT_EQ(mixerClose(mixer), MMSYSERR_NOERROR);
+    host::sleep(500);
+
+    server.stop();
+    const auto stopped = std::chrono::steady_clock::now();
+    CallClock timed;
+    // Each call the program may make now comes back; the stalled stream is
+    // told as lost well within a second.
+    EXPECT_TRUE(waitFor([&] { return waveOutGetFailure(output) != 0; },
+                        3000));
+    std::cout << "stalled stream told as lost after "
+              << std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - stopped).count()
+              << " ms\n";
+    Looping next(output, makeTone(441, 20, 16000));
+    EXPECT_EQ(timed("waveOutWrite", [&] { return waveOutWrite(output, &next.header, sizeof next.header); }),
+              MMSYSERR_NODRIVER);
+    timed("waveOutReset", [&] { return waveOutReset(output); });
+    timed("waveOutUnprepareHeader", [&] { return waveOutUnprepareHeader(output, &tone->header, sizeof tone->header); });
+    timed("waveOutUnprepareHeader", [&] { return waveOutUnprepareHeader(output, &next.header, sizeof next.header); });
+    EXPECT_EQ(timed("waveOutClose", [&] { return waveOutClose(output); }), MMSYSERR_NOERROR);
+    HWAVEOUT again = 0;
+    const MMRESULT reopened =
+        timed("waveOutOpen", [&] { return waveOutOpen(&again, 0, &format, 0, 0, CALLBACK_NULL); });
+    if (reopened == MMSYSERR_NOERROR) timed("waveOutClose", [&] { return waveOutClose(again); });
+    timed("mixerOpen", [&] { return mixerOpen(&mixer, 0, 0, 0, 0); });
+    MIXERCONTROLDETAILS details;
+    details.cbStruct = sizeof details;
+    DWORD value = 32768;
+    details.dwControlID = control.dwControlID;
+    details.cChannels = 1;
+    details.cbDetails = sizeof value;
+    details.paDetails = &value;
+    timed("mixerSetControlDetails", [&] { return mixerSetControlDetails(mixer, &details, 0); });
+    timed("mixerGetControlDetailsA", [&] { return mixerGetControlDetailsA(mixer, &details, 0); });
+    timed("mixerClose", [&] { return mixerClose(mixer); });
+    std::cout << "longest call while the server was stopped: " << timed.longest << " ms ("
+              << timed.longestName << ")\n";
+
+    // Resumed, the server plays again.
+    server.resume();
+    HWAVEOUT resumed = 0;
+    ASSERT_TRUE(waitFor([&] { return waveOutOpen(&resumed, 0, &format, 0, 0, CALLBACK_NULL) == 0; }, 10000));
+    std::vector<std::int16_t> shortTone = makeTone(441, 10, 16000);
+    WAVEHDR once;
+    once.lpData = reinterpret_cast<char*>(shortTone.data());
+    once.dwBufferLength = static_cast<DWORD>(shortTone.size() * 2);
+    ASSERT_EQ(waveOutPrepareHeader(resumed, &once, sizeof once), MMSYSERR_NOERROR);
+    ASSERT_EQ(waveOutWrite(resumed, &once, sizeof once), MMSYSERR_NOERROR);
+    EXPECT_TRUE(waitFor([&] { return headerFlags(once) & WHDR_DONE; }, 5000));
+    EXPECT_EQ(waveOutUnprepareHeader(resumed, &once, sizeof once), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutClose(resumed), MMSYSERR_NOERROR);
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 #pragma once
 // For the bench tests: a bounded poll, and a second private sound server of
 // a test's own, which the test may kill (the shared one of scripts/test
-// stays up). Point PULSE_SERVER at address() to play through it.
+// stays up), stop or resume. Point PULSE_SERVER at address() to play
+// through it.
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -77,6 +78,10 @@ public:
         return waitFor([&] { return std::filesystem::exists(socket_); }, 10000);
     }
     std::string address() const { return "unix:" + socket_; }
+
+    // Holds the server as a hung or suspended one is held, and lets it go.
+    void stop() { ::kill(pid_, SIGSTOP); }
+    void resume() { ::kill(pid_, SIGCONT); }
 
     void kill()
     {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -238,7 +239,7 @@ TEST_F(EngineBench, AMeasuredBurstComesBackPositiveFirstAtThePathsLatency)
     EXPECT_FALSE(surface.lines().empty());
 }
 
-TEST_F(EngineBench, KillingTheServerWhilePlayingGivesTheBoxAndNoHang)
+TEST_F(EngineBench, AKilledServerIsToldAsLostAndTheNextChangeGivesTheBoxWithoutAHang)
 {
     DoomedServer server;
     ASSERT_TRUE(server.ready()) << "a second private server could not be started";
@@ -260,16 +261,26 @@ TEST_F(EngineBench, KillingTheServerWhilePlayingGivesTheBoxAndNoHang)
         5000));
     host.sleep(300);
     server.kill();
+    const auto killed = std::chrono::steady_clock::now();
 
-    // The feeder finds the server gone and lets go of the playing header.
+    // The loss is told without any call but the window's cheap query, and
+    // nothing waits on the playing header any more.
+    std::string lost;
+    EXPECT_TRUE(waitFor([&] { return gbWaveOutLost(lost) != kFalse; }, 3000));
+    std::cout << "lost output told after "
+              << std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - killed).count()
+              << " ms\n";
+    EXPECT_EQ(lost, "There is no driver installed on your system.");
     const auto& playing = gWaveOutHdrForTests(gWaveIOStateForTests().currentHdr);
     EXPECT_TRUE(waitFor([&] { return mm::headerFlags(playing) & mm::WHDR_DONE; }, 10000));
+
+    // The next change opens the output anew, which the missing server refuses.
     tone(2000);
     ErrorFlag error = kFalse;
     change("", error);
     EXPECT_EQ(error, kTrue);
     ASSERT_EQ(host.boxes.size(), 1u);
-    EXPECT_EQ(host.boxes[0].title, "modWaveInOut.gWaveInRecordOpen");
+    EXPECT_EQ(host.boxes[0].title, "modWaveInOut.mWaveOutOpenPrepare");
     EXPECT_EQ(host.boxes[0].text, "There is no driver installed on your system.");
     EXPECT_EQ(host.boxes[0].style, host::kExclamation);
 

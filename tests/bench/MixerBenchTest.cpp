@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -35,6 +36,26 @@ bool waitFor(const std::function<bool()>& condition, std::uint32_t limitMs)
         host::sleep(1);
     }
     return true;
+}
+
+// What pactl prints for its arguments (the server's own view, not the
+// program's mixer code).
+std::string pactl(const std::string& arguments)
+{
+    std::string output;
+    if (FILE* pipe = ::popen(("pactl " + arguments + " 2>&1").c_str(), "r")) {
+        char chunk[256];
+        while (std::fgets(chunk, sizeof chunk, pipe) != nullptr) output += chunk;
+        ::pclose(pipe);
+    }
+    return output;
+}
+
+// The default sink's and source's volumes and mutes, per channel.
+std::string desktopLevels()
+{
+    return pactl("get-sink-volume @DEFAULT_SINK@") + pactl("get-sink-mute @DEFAULT_SINK@") +
+           pactl("get-source-volume @DEFAULT_SOURCE@") + pactl("get-source-mute @DEFAULT_SOURCE@");
 }
 
 // Plays a 1 kHz tone at half scale, records 1.5 s of it and returns its
@@ -209,6 +230,36 @@ TEST_F(MixerBench, TheLevelsFoundAtStartAreExactlyBackAfterTheRestore)
     for (int entry = 0; entry < 5; ++entry) EXPECT_EQ(slotValue(entry), found[entry]) << "slot " << entry + 1;
     walk();
     for (int entry = 0; entry < 5; ++entry) EXPECT_EQ(gaMixerRestore(entry), found[entry]) << "slot " << entry + 1;
+}
+
+TEST_F(MixerBench, TheDesktopsLevelsComeBackChannelByChannelAsTheServerReadsThem)
+{
+    struct Desktop {
+        const char* sink;
+        const char* source;
+        const char* sinkMuted;
+    };
+    // Unequal channels (a balance), and exactly half (raw 32768 of 65536).
+    const Desktop desktops[] = {{"40% 60%", "70% 90%", "0"}, {"32768 32768", "32768 32768", "1"}};
+    for (const Desktop& desktop : desktops) {
+        SCOPED_TRACE(desktop.sink);
+        pactl(std::string("set-sink-volume @DEFAULT_SINK@ ") + desktop.sink);
+        pactl(std::string("set-source-volume @DEFAULT_SOURCE@ ") + desktop.source);
+        pactl(std::string("set-sink-mute @DEFAULT_SINK@ ") + desktop.sinkMuted);
+        const std::string before = desktopLevels();
+
+        walk();
+        ErrorFlag error = kFalse;
+        gMixerOutMasterSetLevel(20000, error);
+        gMixerOutMasterSetMute(toBool16(desktop.sinkMuted[0] == '0'), error);
+        gMixerInMicSetLevel(5000, error);
+        ASSERT_EQ(error, kFalse);
+        ASSERT_NE(desktopLevels(), before) << "the run changed the levels";
+
+        gMixerSelectedRestore(error);
+        EXPECT_EQ(error, kFalse);
+        EXPECT_EQ(desktopLevels(), before);
+    }
 }
 
 }  // namespace
