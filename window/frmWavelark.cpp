@@ -19,8 +19,6 @@
 
 namespace {
 
-constexpr const char* kModule = "frmWavelark";
-
 // Tooltips shared by several fields.
 const char* const kFrequencyTip =
     "Use the Arrow or Page keys + Shift and/or Ctrl to change the frequency";
@@ -83,6 +81,7 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     whole->addWidget(makeTabs());
     setCentralWidget(central);
 
+    connectSignalHandlers();
     ui::addOpenForm(this);
 }
 
