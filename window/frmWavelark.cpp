@@ -78,8 +78,8 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     whole->addLayout(top);
     whole->addWidget(makeTabs());
     setCentralWidget(central);
+    connectSignalHandlers();
     connectLifeHandlers();
-
     ui::addOpenForm(this);
 }
 

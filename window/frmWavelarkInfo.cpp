@@ -63,7 +63,7 @@ std::string deviceSection(const DeviceFacts& device, const std::string& supports
 
 void frmWavelark::mInitInfo(const std::string& sMixerReport, ErrorFlag& bError)
 {
-    rt::Trap trap("frmWavelark", "mInitInfo", bError);
+    rt::Trap trap(kModule, "mInitInfo", bError);
     ui::Control& info = txtInfo->control();
     const WaveOutDeviceInfo& out = gWaveOutInfo();
     const WaveInDeviceInfo& in = gWaveInInfo();

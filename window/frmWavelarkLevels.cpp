@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr const char* kModule = "frmWavelark";
 constexpr std::int32_t kBarBottom = 32767;
 
 // The mixer level of a bar position: 65534 at the top, 0 at the bottom.

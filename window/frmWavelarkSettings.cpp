@@ -29,8 +29,6 @@
 
 namespace {
 
-constexpr const char* kModule = "frmWavelark";
-
 struct Setting {
     const char* key;
     std::string defaultValue;

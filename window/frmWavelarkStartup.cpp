@@ -23,7 +23,6 @@
 
 namespace {
 
-constexpr const char* kModule = "frmWavelark";
 constexpr const char* kProblemCaption = "Wave Device Problem!";
 constexpr float kLowestFrequency = 10;
 
@@ -64,7 +63,7 @@ void frmWavelark::loadNormal(rt::Trap& trap, const std::string& sMixerReport, Er
 {
     trap.step([&] { mnTimeResponseInitDrawAxisForm(bError); });
     trap.step([&] { plotReady_ = true; });
-    // TODO(controls): reset the window's work array to one element here.
+    trap.step([&] { anRecord.redim(0, 0); });  // nothing recorded
     trap.step([&] { mGetSettings(bError); });
     // Only a device of 16 bits or more gets clamped frequencies, the Info
     // page and a signal; an 8-bit one (or a failed restore) shows the
