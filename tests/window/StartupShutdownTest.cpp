@@ -20,6 +20,7 @@
 #include "engine/modWaveInOut.h"
 #include "platform/Colours.h"
 #include "services/modErrorHandler.h"
+#include "services/modGeneral.h"
 #include "tests/support/FileFaults.h"
 #include "tests/support/VirtualCardSession.h"
 #include "tests/window/WindowLifeFixture.h"
@@ -31,6 +32,32 @@ using Settings = std::map<std::string, std::string>;
 namespace loopback = mm::loopback;
 
 // ---- Start-up ------------------------------------------------------------
+
+TEST_F(WindowLife, ASecondCopyBringsTheFirstForwardAndTouchesNothing)
+{
+    host.earlierCopyRunning = true;
+    start();
+    EXPECT_TRUE(window->unloadedUnseen());
+    EXPECT_EQ(host.activationRequests, 1);
+    EXPECT_TRUE(host.boxes.empty());
+    EXPECT_FALSE(std::ifstream(host.settingsFile()).good()) << "no settings read or written";
+    EXPECT_TRUE(loopback::mixerWrites().empty());
+    EXPECT_EQ(text(window->txtInfo), "");
+}
+
+TEST_F(WindowLife, AFirstCopyThatVanishedBeforeTheRequestIsReported)
+{
+    gsProgNameVersion.clear();  // start-up has not built the title yet
+    host.earlierCopyRunning = true;
+    host.earlierCopyAnswers = false;
+    start();
+    EXPECT_TRUE(window->unloadedUnseen());
+    ASSERT_EQ(host.boxes.size(), 1u);
+    EXPECT_EQ(host.boxes[0].text, "No previous instance found in gActivatePrevInstance!");
+    EXPECT_EQ(host.boxes[0].style, host::kExclamation + host::kOkOnly);
+    EXPECT_EQ(host.boxes[0].title, "");
+    EXPECT_FALSE(std::ifstream(host.settingsFile()).good());
+}
 
 TEST_F(WindowLife, AFirstRunShowsTheDefaultsAndMakesTheSignalSilently)
 {
