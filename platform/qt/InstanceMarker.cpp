@@ -85,7 +85,9 @@ bool InstanceMarker::askHolderForward()
     socket.connectToServer(path_);
     if (!socket.waitForConnected(kAnswerWaitMs)) return false;
     socket.write(kComeForward);
-    const bool sent = socket.waitForBytesWritten(kAnswerWaitMs) || socket.bytesToWrite() == 0;
+    // What the socket could not hand over at once is waited for.
+    if (socket.bytesToWrite() > 0) socket.waitForBytesWritten(kAnswerWaitMs);
+    const bool sent = socket.bytesToWrite() == 0;
     socket.disconnectFromServer();
     return sent;
 }
