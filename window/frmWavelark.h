@@ -259,6 +259,10 @@ private:
     void vsbInLevel_Scroll();
     void mOutLevelChange(ErrorFlag& bError);
     void mInLevelChange(ErrorFlag& bError);
+    // Sets a mixer level from a bar, then draws the plot and the volts again.
+    void levelChange(const char* procedure, const ui::VScrollBar& bar,
+                     void (*setLevel)(std::int32_t, ErrorFlag&), std::int32_t colour,
+                     ErrorFlag& bError);
     void mVOutUpdate();
     void picPolarity_Resize();
 

@@ -70,26 +70,20 @@ void frmWavelark::mInitInfo(const std::string& sMixerReport, ErrorFlag& bError)
 
     // Each step adds to what the page holds, so a failure leaves what was
     // written until then. A missing device replaces everything before it.
+    const auto addDevice = [&](const DeviceFacts& device, const std::string& supports) {
+        trap.step([&] {
+            info.setText(device.name.empty() ? std::string(kNotFound)
+                                             : info.text() + deviceSection(device, supports));
+        });
+    };
     trap.step([&] { info.setText(std::string("WAVEOUT") + kCrLf); });
-    trap.step([&] {
-        if (out.name.empty()) {
-            info.setText(kNotFound);
-            return;
-        }
-        const DeviceFacts facts{out.name, out.noFormats, out.sampleRate, out.bits,
-                                out.channels, out.manufacturerId, out.productId};
-        info.setText(info.text() + deviceSection(facts, supportList(out)));
-    });
+    addDevice({out.name, out.noFormats, out.sampleRate, out.bits, out.channels, out.manufacturerId,
+               out.productId},
+              supportList(out));
     trap.step([&] { info.setText(info.text() + kCrLf + kCrLf + "WAVEIN" + kCrLf); });
-    trap.step([&] {
-        if (in.name.empty()) {
-            info.setText(kNotFound);
-            return;
-        }
-        const DeviceFacts facts{in.name, in.noFormats, in.sampleRate, in.bits,
-                                in.channels, in.manufacturerId, in.productId};
-        info.setText(info.text() + deviceSection(facts, {}));
-    });
+    addDevice({in.name, in.noFormats, in.sampleRate, in.bits, in.channels, in.manufacturerId,
+               in.productId},
+              {});
     trap.step([&] { info.setText(info.text() + kCrLf + kCrLf + "MIXER" + kCrLf + sMixerReport); });
     trap.step([&] { txtInfo->setReadOnly(true); });
 }

@@ -43,20 +43,24 @@ void frmWavelark::vsbInLevel_Scroll()
 
 void frmWavelark::mOutLevelChange(ErrorFlag& bError)
 {
-    rt::Trap trap(kModule, "mOutLevelChange", bError);
-    trap.step([&] { gMixerOutMasterSetLevel(mixerLevel(vsbOutLevel->Value()), bError); });
-    if (bError) return;
     // The plot shows the signal at the new level, in the colour it has.
-    trap.step([&] { mShowTimeResponse(lblOutLevel->foreColor(), bError); });
-    trap.step([&] { mVOutUpdate(); });
+    levelChange("mOutLevelChange", *vsbOutLevel, &gMixerOutMasterSetLevel, lblOutLevel->foreColor(),
+                bError);
 }
 
 void frmWavelark::mInLevelChange(ErrorFlag& bError)
 {
-    rt::Trap trap(kModule, "mInLevelChange", bError);
-    trap.step([&] { gMixerInMicSetLevel(mixerLevel(vsbInLevel->Value()), bError); });
+    levelChange("mInLevelChange", *vsbInLevel, &gMixerInMicSetLevel, ui::kColourRed, bError);
+}
+
+void frmWavelark::levelChange(const char* procedure, const ui::VScrollBar& bar,
+                              void (*setLevel)(std::int32_t, ErrorFlag&), std::int32_t colour,
+                              ErrorFlag& bError)
+{
+    rt::Trap trap(kModule, procedure, bError);
+    trap.step([&] { setLevel(mixerLevel(bar.Value()), bError); });
     if (bError) return;
-    trap.step([&] { mShowTimeResponse(ui::kColourRed, bError); });
+    trap.step([&] { mShowTimeResponse(colour, bError); });
     trap.step([&] { mVOutUpdate(); });
 }
 
