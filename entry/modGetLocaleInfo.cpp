@@ -9,8 +9,6 @@
 namespace {
 
 constexpr const char* kModule = "modGetLocaleInfo";
-constexpr const char* kAppKey = "Marlo";
-constexpr const char* kSection = "Wavelark";
 constexpr const char* kRegionKey = "UserRegion";
 
 // One item of the user's locale. A failing read shows its own message and
@@ -50,7 +48,9 @@ Bool16 gbGetLocaleInfoUserRegionChanged(ErrorFlag& bError)
     Bool16 changed = kFalse;
     rt::Trap trap(kModule, "gbGetLocaleInfoUserRegionChanged", bError);
     std::string stored;
-    trap.step([&] { stored = host::current().getSetting(kAppKey, kSection, kRegionKey, ""); });
+    trap.step([&] {
+        stored = host::current().getSetting(kSettingsAppKey, kSettingsSection, kRegionKey, "");
+    });
     trap.step([&] {
         if (stored.empty()) {
             trap.leave();  // first run: nothing was written under another region
@@ -71,6 +71,6 @@ void gGetLocaleInfoSaveUserRegion(ErrorFlag& bError)
     trap.step([&] {
         const std::string current = msGetLocaleInfoUserRegionCode(bError);
         if (bError || current.empty()) return;
-        host::current().saveSetting(kAppKey, kSection, kRegionKey, current);
+        host::current().saveSetting(kSettingsAppKey, kSettingsSection, kRegionKey, current);
     });
 }

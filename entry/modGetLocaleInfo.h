@@ -8,6 +8,11 @@
 
 #include "base/Types.h"
 
+// Where the program's settings live in the per-user store: the region code
+// beside the main window's values.
+inline constexpr const char* kSettingsAppKey = "Marlo";
+inline constexpr const char* kSettingsSection = "Wavelark";
+
 // The user's decimal character; empty (after a message) when the locale
 // cannot be read.
 std::string gsGetLocaleInfoUserDecimalChar(ErrorFlag& bError);

@@ -86,6 +86,13 @@ public:
     // The program's own file (the error log goes beside it when it can).
     virtual std::string programPath() = 0;
 
+    // One copy of the program per user. previousInstance() tells whether an
+    // earlier copy holds the per-user instance marker (asked at start; when
+    // none does, this copy takes the marker). activatePreviousInstance() asks
+    // that copy to bring its window forward; false when no copy answered.
+    virtual bool previousInstance() = 0;
+    virtual bool activatePreviousInstance() = 0;
+
     // Per-user settings: string values addressed by application key, section
     // and key; the default comes back for a key that is not there. A batch
     // reads and writes many values in one go (opening an unreadable store

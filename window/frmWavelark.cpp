@@ -8,14 +8,12 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include "base/Trap.h"
 #include "controls/PictureBox.h"
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
 #include "controls/VScrollBar.h"
 #include "platform/Forms.h"
-#include "services/modGeneral.h"
 
 namespace {
 
@@ -80,6 +78,7 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     whole->addLayout(top);
     whole->addWidget(makeTabs());
     setCentralWidget(central);
+    connectLifeHandlers();
 
     connectSignalHandlers();
     ui::addOpenForm(this);
@@ -267,7 +266,10 @@ QWidget* frmWavelark::makeInfoPage()
     txtInfo = make<ui::MultiLineTextBox>("txtInfo");
     txtInfo->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     txtInfo->setLineWrapMode(QPlainTextEdit::NoWrap);
-    txtInfo->setTabStopDistance(4 * txtInfo->fontMetrics().horizontalAdvance(' '));
+    txtInfo->setReadOnly(true);
+    txtInfo->setTabChangesFocus(true);
+    txtInfo->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    txtInfo->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     layout->addWidget(txtInfo);
     return page;
 }
@@ -333,16 +335,3 @@ void frmWavelark::makeMenus()
     mnuHAbout = addMenuItem(help, "mnuHAbout", "&About Wavelark");
 }
 
-void frmWavelark::Form_Load()
-{
-    ErrorFlag bError = kFalse;
-    rt::Trap trap(kModule, "Form_Load", bError);
-    trap.step([&] { gGStartUpSetStuff(bError); });
-    trap.step([&] { setWindowTitle(QString::fromStdString(gsProgNameVersion)); });
-}
-
-void frmWavelark::mnuFiExit_Click()
-{
-    rt::Trap trap(kModule, "mnuFiExit_Click");
-    trap.step([&] { close(); });
-}

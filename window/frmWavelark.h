@@ -3,11 +3,11 @@
 // sweep switch, levels, mute, the time-response picture) above a four-page
 // tab control (Sweep, Burst, Info, System), and the File, Wave and Help menus.
 // Members carry the control names; handlers carry the event names.
-#include <QMainWindow>
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include <QMainWindow>
 
 #include "base/Array.h"
 #include "base/Types.h"
@@ -15,6 +15,7 @@
 #include "controls/ControlAdapters.h"
 
 class QAction;
+class QCloseEvent;
 class QMenu;
 class QTabWidget;
 
@@ -45,8 +46,17 @@ public:
     std::vector<ui::Control*> controls() const override { return controls_.all(); }
     ui::Control* control(const std::string& name) const { return controls_.find(name); }
 
-    // Brings the system up; runs once, before the window is shown.
+    // Brings the system up; runs once, before the window is shown. Three
+    // outcomes: refused (an earlier copy runs: it is brought forward and this
+    // window is unloaded unseen), the device problem (everything disabled but
+    // File, Exit, Help and About) or normal (settings restored, signal made).
     void Form_Load();
+    // True when Form_Load refused the start: the window is not to be shown.
+    bool unloadedUnseen() const { return unloadedUnseen_; }
+    // Takes the system down, once, however the window closes: unless the
+    // caption tells of the device problem, stores the region and the
+    // settings, closes the output and gives the mixer back its levels.
+    void Form_Unload(std::int16_t& Cancel);
     void mnuFiExit_Click();
 
     // Shape, sweep, mode and plot handlers (frmWavelarkSignal.cpp,
@@ -143,6 +153,10 @@ public:
     QAction* mnuHelp = nullptr;
     QAction* mnuHAbout = nullptr;
 
+protected:
+    // The title-bar close and the window manager's close.
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     static constexpr const char* kModule = "frmWavelark";
     // Pages of tabTab.
@@ -228,6 +242,29 @@ private:
     rt::SampleArray anRecord;
     // The up-down whose arrow the mouse holds, if any.
     ui::UpDown* heldUpDown = nullptr;
+
+    // Start-up, settings, the Info page and the level bars.
+    void connectLifeHandlers();
+    // Parts of Form_Load and Form_Unload, run as steps of their traps.
+    void loadNormal(rt::Trap& trap, const std::string& sMixerReport, ErrorFlag& bError);
+    void loadProblem(rt::Trap& trap, ErrorFlag& bError);
+    void clampFrequencies(rt::Trap& trap);
+    void writeSettings(rt::Trap& trap);
+    void mGetSettings(ErrorFlag& bError);
+    void mInitInfo(const std::string& sMixerReport, ErrorFlag& bError);
+    void vsbOutLevel_Change();
+    void vsbOutLevel_Scroll();
+    void vsbInLevel_Change();
+    void vsbInLevel_Scroll();
+    void mOutLevelChange(ErrorFlag& bError);
+    void mInLevelChange(ErrorFlag& bError);
+    void mVOutUpdate();
+    void picPolarity_Resize();
+
+    bool unloadedUnseen_ = false;
+    bool unloaded_ = false;
+    // The plot is set up once start-up has prepared it (normal path only).
+    bool plotReady_ = false;
 
     QWidget* makeSignalPanel();
     QWidget* makeLevelPanel();

@@ -1,8 +1,10 @@
 #pragma once
-// The program's host services: Qt message boxes and beep, and a sleep that
-// keeps the window alive while the engine waits (LiveWait), on top of the
-// system host's clock, locale and settings. Make it after the application.
+// The program's host services: Qt message boxes and beep, a sleep that
+// keeps the window alive while the engine waits (LiveWait), and the per-user
+// instance marker (InstanceMarker), on top of the system host's clock,
+// locale and settings. Make it after the application.
 #include "platform/SystemHost.h"
+#include "platform/qt/InstanceMarker.h"
 #include "platform/qt/LiveWait.h"
 
 namespace host {
@@ -13,9 +15,12 @@ public:
                         const std::string& title) override;
     void beep() override;
     void sleep(std::uint32_t milliseconds) override;
+    bool previousInstance() override { return !marker_.claim(); }
+    bool activatePreviousInstance() override { return marker_.askHolderForward(); }
 
 private:
     LiveWait liveWait_;
+    InstanceMarker marker_;
 };
 
 }  // namespace host

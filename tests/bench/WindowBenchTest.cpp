@@ -10,10 +10,8 @@
 #include <QTest>
 
 #include "base/Trap.h"
-#include "controls/PictureBox.h"
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
-#include "engine/modTimeResponseShow.h"
 #include "engine/modWaveInOut.h"
 #include "platform/WaveApi.h"
 #include "services/modErrorHandler.h"
@@ -34,15 +32,11 @@ protected:
             GTEST_SKIP() << "needs the private sound server that scripts/test starts";
         ASSERT_EQ(mm::waveBackendName(), "alsa");
         gInstallErrorHandler();
+        window.Form_Load();
         window.show();
         window.activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-        ErrorFlag error = kFalse;
-        ASSERT_EQ(gbWaveOutThere(error), kTrue);
-        ASSERT_EQ(gbWaveInThere(error), kTrue);
-        gnTimeResponseShowInitClsDrawAxis(*window.picPolarity, 0, 0, 300, 150, error);
-        window.tabTab_Click();  // the first signal, made while muted
-        ASSERT_EQ(error, kFalse);
+        ASSERT_TRUE(host.boxes.empty()) << host.boxes.front().title << ": " << host.boxes.front().text;
     }
     void TearDown() override
     {

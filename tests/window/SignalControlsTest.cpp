@@ -18,8 +18,8 @@
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
-#include "engine/modTimeResponseShow.h"
 #include "engine/modWaveInOut.h"
+#include "entry/modGetLocaleInfo.h"
 #include "platform/Colours.h"
 #include "platform/loopback/VirtualCardTesting.h"
 #include "services/modErrorHandler.h"
@@ -99,12 +99,19 @@ protected:
     void SetUp() override
     {
         gInstallErrorHandler();
+        // The built-in frequency and period rather than the first run's.
+        auto batch = host.openSettings(kSettingsAppKey, kSettingsSection);
+        batch->save("txtFrequency1", "1000");
+        batch->save("txtBurstPeriod", "100");
+        batch->commit();
+        window.Form_Load();
         window.resize(900, 600);
         window.show();
         window.activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-        startUp();
-        ASSERT_TRUE(host.boxes.empty()) << host.boxes.front().text;
+        settle();
+        ASSERT_TRUE(host.boxes.empty()) << boxTexts();
+        ASSERT_EQ(window.lblOutLevel->foreColor(), ui::kColourRed) << "start-up made the signal";
         mm::loopback::startTap();
     }
     void TearDown() override
@@ -113,21 +120,6 @@ protected:
         gWaveOutClose(kTrue, error);
         gWaveInClose(error);
         rt::setErrorReporter(nullptr);
-    }
-
-    // What start-up does before the user touches anything: the devices
-    // found, the plot prepared, the signal made while muted.
-    void startUp()
-    {
-        ErrorFlag error = kFalse;
-        ASSERT_EQ(gbWaveOutThere(error), kTrue);
-        ASSERT_EQ(gbWaveInThere(error), kTrue);
-        gnTimeResponseShowInitClsDrawAxis(*window.picPolarity, 0, 0,
-                                          static_cast<std::int16_t>(window.picPolarity->scaleWidth()),
-                                          static_cast<std::int16_t>(window.picPolarity->scaleHeight()),
-                                          error);
-        window.tabTab_Click();
-        ASSERT_EQ(error, kFalse);
     }
 
     // The card plays on for `ms` milliseconds.
