@@ -62,7 +62,13 @@ void frmWavelark::mWaveChangeShow(const std::string& action, std::int32_t loops,
     trap.step([&] {
         const Bool16 trimForDisplay = toBool16(tabTab->currentIndex() != kBurstPage);
         gWaveOutChange(action, loops, toBool16(reset), trimForDisplay, anSamples, anRecord, bError);
-        leaveOnError(trap, bError);
+        if (!bError) return;
+        // The warning has been shown. An output left open on a failed (or
+        // vanished) device would fail every later change too; closed, the
+        // next change opens it anew.
+        ErrorFlag bClosing = kFalse;
+        gWaveOutClose(kTrue, bClosing);
+        trap.leave();
     });
     trap.step([&] { lblOutLevel->setForeColor(action == "Make" ? ui::kColourRed : ui::kColourGreen); });
     trap.step([&] { mShowTimeResponse(lblOutLevel->foreColor(), bError); });
