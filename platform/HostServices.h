@@ -90,8 +90,9 @@ public:
     // earlier copy holds the per-user instance marker (asked at start; when
     // none does, this copy takes the marker). activatePreviousInstance() asks
     // that copy to bring its window forward; false when no copy answered.
-    virtual bool previousInstance() = 0;
-    virtual bool activatePreviousInstance() = 0;
+    // A host without windows keeps no marker: every copy runs.
+    virtual bool previousInstance() { return false; }
+    virtual bool activatePreviousInstance() { return false; }
 
     // Per-user settings: string values addressed by application key, section
     // and key; the default comes back for a key that is not there. A batch

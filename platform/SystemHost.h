@@ -21,9 +21,6 @@ public:
     std::optional<std::string> localeInfo(LocaleItem item) override;
     std::optional<SystemVersion> systemVersion() override;
     std::string programPath() override;
-    // Without windows there is nothing to bring forward: every copy runs.
-    bool previousInstance() override { return false; }
-    bool activatePreviousInstance() override { return false; }
     std::unique_ptr<SettingsBatch> openSettings(const std::string& appKey,
                                                 const std::string& section) override;
 

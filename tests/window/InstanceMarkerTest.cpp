@@ -1,14 +1,10 @@
 // The per-user instance marker between copies of the program, here as two
-// markers on one path: exactly one holds it, the other reaches it, and a
-// marker left by a crashed copy is taken over.
+// markers on one path: exactly one holds it and the other reaches it (real
+// copies, stale markers and copies started together are in
+// tests/app/SingleInstanceTest.cpp).
 #include <gtest/gtest.h>
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <cstring>
-#include <string>
+#include <memory>
 
 #include <QApplication>
 #include <QFileInfo>
@@ -23,19 +19,6 @@ namespace {
 QString markerPath()
 {
     return QString::fromStdString(testing_support::makeTempFolder("marker")) + "/Wavelark-test.instance";
-}
-
-// What a copy that crashed leaves: the socket's file, with nobody listening.
-void leaveDeadMarker(const QString& path)
-{
-    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_GE(fd, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof(address.sun_path) - 1);
-    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-    ::close(fd);
-    ASSERT_TRUE(QFileInfo::exists(path));
 }
 
 TEST(InstanceMarker, TheFirstHoldsItAndALaterCopyBringsItsWindowForward)
@@ -65,16 +48,6 @@ TEST(InstanceMarker, OnlyItsUserCanReachIt)
     const QFileInfo socket(path);
     EXPECT_EQ(socket.permissions() & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
               QFile::Permissions());
-}
-
-TEST(InstanceMarker, AMarkerLeftByACrashedCopyIsTakenOver)
-{
-    const QString path = markerPath();
-    leaveDeadMarker(path);
-    host::InstanceMarker next(path);
-    EXPECT_TRUE(next.claim());
-    host::InstanceMarker later(path);
-    EXPECT_FALSE(later.claim()) << "the new holder answers";
 }
 
 TEST(InstanceMarker, NobodyAnswersOnceTheHolderHasGone)
