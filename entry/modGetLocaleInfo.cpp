@@ -1,6 +1,7 @@
 #include "entry/modGetLocaleInfo.h"
 
 #include <cstdint>
+#include <memory>
 
 #include "base/Trap.h"
 #include "platform/HostServices.h"
@@ -65,12 +66,22 @@ Bool16 gbGetLocaleInfoUserRegionChanged(ErrorFlag& bError)
     return changed;
 }
 
-void gGetLocaleInfoSaveUserRegion(ErrorFlag& bError)
+void gGetLocaleInfoSaveUserRegion(host::SettingsBatch& store, ErrorFlag& bError)
 {
     rt::Trap trap(kModule, "gGetLocaleInfoSaveUserRegion", bError);
     trap.step([&] {
         const std::string current = msGetLocaleInfoUserRegionCode(bError);
         if (bError || current.empty()) return;
-        host::current().saveSetting(kSettingsAppKey, kSettingsSection, kRegionKey, current);
+        store.save(kRegionKey, current);
     });
+}
+
+void gGetLocaleInfoSaveUserRegion(ErrorFlag& bError)
+{
+    rt::Trap trap(kModule, "gGetLocaleInfoSaveUserRegion", bError);
+    std::unique_ptr<host::SettingsBatch> store;
+    trap.step([&] { store = host::current().openSettings(kSettingsAppKey, kSettingsSection); });
+    if (!store) return;
+    gGetLocaleInfoSaveUserRegion(*store, bError);
+    trap.step([&] { store->commit(); });
 }

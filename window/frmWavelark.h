@@ -19,6 +19,10 @@ class QCloseEvent;
 class QMenu;
 class QTabWidget;
 
+namespace host {
+class SettingsBatch;
+}
+
 namespace rt {
 class Trap;
 }
@@ -250,7 +254,8 @@ private:
     void loadNormal(rt::Trap& trap, const std::string& sMixerReport, ErrorFlag& bError);
     void loadProblem(rt::Trap& trap, ErrorFlag& bError);
     void clampFrequencies(rt::Trap& trap);
-    void writeSettings(rt::Trap& trap);
+    // The window's values into the batch, then the batch written.
+    void writeSettings(rt::Trap& trap, host::SettingsBatch& store);
     void mGetSettings(ErrorFlag& bError);
     void mInitInfo(const std::string& sMixerReport, ErrorFlag& bError);
     void vsbOutLevel_Change();

@@ -187,14 +187,11 @@ void frmWavelark::mGetSettings(ErrorFlag& bError)
     readRows(kBurstPeriodRow, table.size());
 }
 
-void frmWavelark::writeSettings(rt::Trap& trap)
+void frmWavelark::writeSettings(rt::Trap& trap, host::SettingsBatch& store)
 {
-    std::unique_ptr<host::SettingsBatch> store;
-    trap.step([&] { store = host::current().openSettings(kSettingsAppKey, kSettingsSection); });
-    if (!store) return;
     for (const Setting& setting : settingsTable(*this))
-        trap.step([&] { store->save(setting.key, setting.write()); }, setting.where);
+        trap.step([&] { store.save(setting.key, setting.write()); }, setting.where);
     // One write of the whole file; a failure keeps the saves, so Retry
     // writes them again.
-    trap.step([&] { store->commit(); });
+    trap.step([&] { store.commit(); });
 }

@@ -1,6 +1,8 @@
 // Bringing the program up (Form_Load) and taking it down (Form_Unload),
 // and the ways the window closes: File > Exit, the title bar, the window
 // manager.
+#include <memory>
+
 #include <QCloseEvent>
 #include <QString>
 
@@ -119,8 +121,14 @@ void frmWavelark::Form_Unload(std::int16_t& Cancel)
     bool saving = false;
     trap.step([&] { saving = !windowTitle().toUpper().contains("PROBLEM"); });
     if (!saving) return;
-    trap.step([&] { gGetLocaleInfoSaveUserRegion(bError); });
-    writeSettings(trap);
+    // The region and the settings go in one write: the region is never
+    // stored without the values written under it.
+    std::unique_ptr<host::SettingsBatch> store;
+    trap.step([&] { store = host::current().openSettings(kSettingsAppKey, kSettingsSection); });
+    if (store) {
+        trap.step([&] { gGetLocaleInfoSaveUserRegion(*store, bError); });
+        writeSettings(trap, *store);
+    }
     trap.step([&] { gWaveOutClose(kTrue, bError); });
     trap.step([&] { gMixerSelectedRestore(bError); });
     Cancel = 0;
