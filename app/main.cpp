@@ -44,6 +44,7 @@ int main(int argc, char* argv[])
 
     frmWavelark window;
     window.Form_Load();
+    if (window.unloadedUnseen()) return 0;  // an earlier copy was brought forward
     window.show();
     const int result = QApplication::exec();
     host::install(nullptr);

@@ -252,6 +252,23 @@ double toDoubleUser(std::string_view text)
 
 float toSingleUser(std::string_view text) { return toSingle(toDoubleUser(text)); }
 
+std::int32_t toInt32User(std::string_view text) { return toInt32(toDoubleUser(text)); }
+
+bool toBooleanUser(std::string_view text)
+{
+    const auto sameLetters = [&](std::string_view word) {
+        if (text.size() != word.size()) return false;
+        for (std::size_t i = 0; i < word.size(); ++i)
+            if (std::tolower(static_cast<unsigned char>(text[i])) != word[i]) return false;
+        return true;
+    };
+    if (sameLetters("true")) return true;
+    if (sameLetters("false")) return false;
+    return toDoubleUser(text) != 0;
+}
+
+std::string booleanText(bool value) { return value ? "True" : "False"; }
+
 void setDecimalCharSource(DecimalCharSource source)
 {
     gDecimalCharSource = source ? source : &fullStop;

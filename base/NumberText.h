@@ -58,6 +58,15 @@ std::optional<double> parseUserNumber(std::string_view text);
 // mismatch" when the text is not a number, 6 "Overflow" beyond the range.
 float toSingleUser(std::string_view text);
 double toDoubleUser(std::string_view text);
+// Text to a 32-bit integer in the user's form, rounded half to even ("37.6"
+// gives 38); error 13 or 6 as above.
+std::int32_t toInt32User(std::string_view text);
+
+// Booleans as the settings store them: "True" and "False" (read in any
+// case), or a number read in the user's form, non-zero being true; error 13
+// "Type mismatch" for anything else.
+bool toBooleanUser(std::string_view text);
+std::string booleanText(bool value);
 
 // Where the user's decimal character comes from. The host installs its
 // locale reader at start; until then it is a full stop.

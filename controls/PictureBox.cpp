@@ -77,7 +77,9 @@ void PictureBox::resizeEvent(QResizeEvent* event)
     grown.fill(toQColor(backColor_));
     QPainter painter(&grown);
     painter.drawImage(0, 0, image_);
+    painter.end();
     image_ = grown;
+    if (Resized) Resized();
 }
 
 void PictureBox::mouseReleaseEvent(QMouseEvent* event)

@@ -1,7 +1,10 @@
 #pragma once
 // The picture box: a plot surface that draws into a retained image, so what
-// was drawn stays until it is cleared. Its background colour is a program
-// colour value (a system colour by default); Click is raised on a click.
+// was drawn stays until it is cleared, also when the window is covered and
+// uncovered. Its background colour is a program colour value (a system
+// colour by default); Click is raised on a click, Resized once the image has
+// taken a new size (what was drawn stays at the top left, the rest is
+// background), so the owner can draw it again to fit.
 #include <cstdint>
 #include <functional>
 
@@ -20,6 +23,7 @@ public:
     explicit PictureBox(const QString& name, QWidget* parent = nullptr);
 
     std::function<void()> Click;
+    std::function<void()> Resized;
 
     void setBackColor(std::int32_t colour);
     // The drawing area in pixels (inside the sunken frame).

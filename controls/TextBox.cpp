@@ -240,7 +240,8 @@ void TextBox::focusOutEvent(QFocusEvent* event)
     switch (reason) {
     case Qt::TabFocusReason:
     case Qt::BacktabFocusReason:
-        return;  // asked before the move
+        raiseLostFocus();  // asked before the move
+        return;
     case Qt::ActiveWindowFocusReason:
     case Qt::PopupFocusReason:
     case Qt::MenuBarFocusReason:
@@ -249,8 +250,11 @@ void TextBox::focusOutEvent(QFocusEvent* event)
         break;
     }
     const QWidget* next = QApplication::focusWidget();
-    if (guard.takeAllowedLeave(next)) return;  // a click or accelerator asked already
-    if (!isLeaving(this, next)) return;  // no control, or one that does not ask
+    // A click or accelerator asked already, or the control does not ask.
+    if (guard.takeAllowedLeave(next) || !isLeaving(this, next)) {
+        raiseLostFocus();
+        return;
+    }
     // The focus has already moved (a focus change from code, or a press sent
     // straight to a widget): ask now and take the focus back on a refusal,
     // once the focus change under way has finished.
@@ -258,7 +262,18 @@ void TextBox::focusOutEvent(QFocusEvent* event)
     if (!validateLeaving()) {
         if (reason == Qt::MouseFocusReason) guard.refusePress = true;
         giveFocus(this);
+        return;
     }
+    raiseLostFocus();
+}
+
+void TextBox::raiseLostFocus()
+{
+    // Only a move to another control of this window is losing the focus.
+    const QWidget* next = QApplication::focusWidget();
+    if (!LostFocus || next == nullptr || next == this || next->window() != window()) return;
+    const FocusMoving moving;
+    LostFocus();
 }
 
 MultiLineTextBox::MultiLineTextBox(const QString& name, QWidget* parent)

@@ -13,6 +13,8 @@
 //    opening a popup or menu is not leaving the box. A control marked with
 //    setCausesValidation(widget, false), such as a Cancel button, takes the
 //    focus without asking.
+//  - LostFocus(): the focus has gone to another control of the window (after
+//    Validate let it go, or to a control that does not ask).
 // The core reads and sets the text, and gives the focus, through control().
 #include <cstdint>
 #include <functional>
@@ -34,6 +36,7 @@ public:
     std::function<void(std::int16_t& keyCode, std::int16_t shift)> KeyUp;
     std::function<void()> Change;
     std::function<void(bool& cancel)> Validate;
+    std::function<void()> LostFocus;
 
     // Asks Validate whether the focus may leave; true when it may.
     bool validateLeaving();
@@ -45,6 +48,8 @@ protected:
     bool focusNextPrevChild(bool next) override;
 
 private:
+    void raiseLostFocus();
+
     bool validating_ = false;
 };
 

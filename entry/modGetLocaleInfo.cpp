@@ -1,6 +1,7 @@
 #include "entry/modGetLocaleInfo.h"
 
 #include <cstdint>
+#include <memory>
 
 #include "base/Trap.h"
 #include "platform/HostServices.h"
@@ -9,8 +10,6 @@
 namespace {
 
 constexpr const char* kModule = "modGetLocaleInfo";
-constexpr const char* kAppKey = "Marlo";
-constexpr const char* kSection = "Wavelark";
 constexpr const char* kRegionKey = "UserRegion";
 
 // One item of the user's locale. A failing read shows its own message and
@@ -50,7 +49,9 @@ Bool16 gbGetLocaleInfoUserRegionChanged(ErrorFlag& bError)
     Bool16 changed = kFalse;
     rt::Trap trap(kModule, "gbGetLocaleInfoUserRegionChanged", bError);
     std::string stored;
-    trap.step([&] { stored = host::current().getSetting(kAppKey, kSection, kRegionKey, ""); });
+    trap.step([&] {
+        stored = host::current().getSetting(kSettingsAppKey, kSettingsSection, kRegionKey, "");
+    });
     trap.step([&] {
         if (stored.empty()) {
             trap.leave();  // first run: nothing was written under another region
@@ -65,12 +66,22 @@ Bool16 gbGetLocaleInfoUserRegionChanged(ErrorFlag& bError)
     return changed;
 }
 
-void gGetLocaleInfoSaveUserRegion(ErrorFlag& bError)
+void gGetLocaleInfoSaveUserRegion(host::SettingsBatch& store, ErrorFlag& bError)
 {
     rt::Trap trap(kModule, "gGetLocaleInfoSaveUserRegion", bError);
     trap.step([&] {
         const std::string current = msGetLocaleInfoUserRegionCode(bError);
         if (bError || current.empty()) return;
-        host::current().saveSetting(kAppKey, kSection, kRegionKey, current);
+        store.save(kRegionKey, current);
     });
+}
+
+void gGetLocaleInfoSaveUserRegion(ErrorFlag& bError)
+{
+    rt::Trap trap(kModule, "gGetLocaleInfoSaveUserRegion", bError);
+    std::unique_ptr<host::SettingsBatch> store;
+    trap.step([&] { store = host::current().openSettings(kSettingsAppKey, kSettingsSection); });
+    if (!store) return;
+    gGetLocaleInfoSaveUserRegion(*store, bError);
+    trap.step([&] { store->commit(); });
 }

@@ -8,6 +8,15 @@
 
 #include "base/Types.h"
 
+namespace host {
+class SettingsBatch;
+}
+
+// Where the program's settings live in the per-user store: the region code
+// beside the main window's values.
+inline constexpr const char* kSettingsAppKey = "Marlo";
+inline constexpr const char* kSettingsSection = "Wavelark";
+
 // The user's decimal character; empty (after a message) when the locale
 // cannot be read.
 std::string gsGetLocaleInfoUserDecimalChar(ErrorFlag& bError);
@@ -20,3 +29,5 @@ Bool16 gbGetLocaleInfoUserRegionChanged(ErrorFlag& bError);
 // Stores the current region code as "UserRegion", so the next run can tell
 // whether it changed. Nothing is stored when the code cannot be read.
 void gGetLocaleInfoSaveUserRegion(ErrorFlag& bError);
+// The same as one save of a settings batch, written with the batch's others.
+void gGetLocaleInfoSaveUserRegion(host::SettingsBatch& store, ErrorFlag& bError);

@@ -94,6 +94,14 @@ public:
     // The program's own file (the error log goes beside it when it can).
     virtual std::string programPath() = 0;
 
+    // One copy of the program per user. previousInstance() tells whether an
+    // earlier copy holds the per-user instance marker (asked at start; when
+    // none does, this copy takes the marker). activatePreviousInstance() asks
+    // that copy to bring its window forward; false when no copy answered.
+    // A host without windows keeps no marker: every copy runs.
+    virtual bool previousInstance() { return false; }
+    virtual bool activatePreviousInstance() { return false; }
+
     // Per-user settings: string values addressed by application key, section
     // and key; the default comes back for a key that is not there. A batch
     // reads and writes many values in one go (opening an unreadable store

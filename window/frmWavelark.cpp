@@ -8,18 +8,14 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include "base/Trap.h"
 #include "controls/PictureBox.h"
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
 #include "controls/VScrollBar.h"
 #include "platform/Forms.h"
-#include "services/modGeneral.h"
 
 namespace {
-
-constexpr const char* kModule = "frmWavelark";
 
 // Tooltips shared by several fields.
 const char* const kFrequencyTip =
@@ -83,6 +79,8 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     whole->addWidget(makeTabs());
     setCentralWidget(central);
     makeAccessible();
+    connectSignalHandlers();
+    connectLifeHandlers();
 
     ui::addOpenForm(this);
 }
@@ -269,7 +267,10 @@ QWidget* frmWavelark::makeInfoPage()
     txtInfo = make<ui::MultiLineTextBox>("txtInfo");
     txtInfo->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     txtInfo->setLineWrapMode(QPlainTextEdit::NoWrap);
-    txtInfo->setTabStopDistance(4 * txtInfo->fontMetrics().horizontalAdvance(' '));
+    txtInfo->setReadOnly(true);
+    txtInfo->setTabChangesFocus(true);
+    txtInfo->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    txtInfo->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     layout->addWidget(txtInfo);
     return page;
 }
@@ -335,16 +336,3 @@ void frmWavelark::makeMenus()
     mnuHAbout = addMenuItem(help, "mnuHAbout", "&About Wavelark");
 }
 
-void frmWavelark::Form_Load()
-{
-    ErrorFlag bError = kFalse;
-    rt::Trap trap(kModule, "Form_Load", bError);
-    trap.step([&] { gGStartUpSetStuff(bError); });
-    trap.step([&] { setWindowTitle(QString::fromStdString(gsProgNameVersion)); });
-}
-
-void frmWavelark::mnuFiExit_Click()
-{
-    rt::Trap trap(kModule, "mnuFiExit_Click");
-    trap.step([&] { close(); });
-}

@@ -3,14 +3,29 @@
 // sweep switch, levels, mute, the time-response picture) above a four-page
 // tab control (Sweep, Burst, Info, System), and the File, Wave and Help menus.
 // Members carry the control names; handlers carry the event names.
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include <QMainWindow>
 
+#include "base/Array.h"
+#include "base/Types.h"
 #include "platform/Control.h"
 #include "controls/ControlAdapters.h"
 
 class QAction;
+class QCloseEvent;
 class QMenu;
 class QTabWidget;
+
+namespace host {
+class SettingsBatch;
+}
+
+namespace rt {
+class Trap;
+}
 
 namespace ui {
 class CheckBox;
@@ -35,9 +50,47 @@ public:
     std::vector<ui::Control*> controls() const override { return controls_.all(); }
     ui::Control* control(const std::string& name) const { return controls_.find(name); }
 
-    // Brings the system up; runs once, before the window is shown.
+    // Brings the system up; runs once, before the window is shown. Three
+    // outcomes: refused (an earlier copy runs: it is brought forward and this
+    // window is unloaded unseen), the device problem (everything disabled but
+    // File, Exit, Help and About) or normal (settings restored, signal made).
     void Form_Load();
+    // True when Form_Load refused the start: the window is not to be shown.
+    bool unloadedUnseen() const { return unloadedUnseen_; }
+    // Takes the system down, once, however the window closes: unless the
+    // caption tells of the device problem, stores the region and the
+    // settings, closes the output and gives the mixer back its levels.
+    void Form_Unload(std::int16_t& Cancel);
     void mnuFiExit_Click();
+
+    // Shape, sweep, mode and plot handlers (frmWavelarkSignal.cpp,
+    // frmWavelarkWaveMenu.cpp, frmWavelarkPlot.cpp). Setting an option
+    // button or check box from code runs its Click, as a user's click does.
+    void optSine_Click();
+    void optTriangle_Click();
+    void optMarkSpace_Click();
+    void optNoise_Click();
+    void optSweepLin_Click();
+    void optSweepLog_Click();
+    void chkSweep_Click();
+    void chkSweepBi_Click();
+    void chkInvert_Click();
+    void chkMute_Click();
+    void tabTab_Click();
+    void picPolarity_Click();
+    void mnuWaveSine_Click();
+    void mnuWaveSquare_Click();
+    void mnuWaveTriangle_Click();
+    void mnuWaveSawtooth_Click();
+
+    // Bursts (frmWavelarkBurst.cpp).
+    void chkBurstAuto_Click();
+    void cmdBurstFire_Click();
+
+    // The up-downs step their buddy boxes (frmWavelarkFields.cpp): the
+    // up-down writes the box, whose Change applies the value.
+    void updPercent_Change();
+    void updBurstPeriod_Change();
 
     // Signal panel
     ui::Label* lblFrequency1 = nullptr;
@@ -104,7 +157,125 @@ public:
     QAction* mnuHelp = nullptr;
     QAction* mnuHAbout = nullptr;
 
+protected:
+    // The title-bar close and the window manager's close.
+    void closeEvent(QCloseEvent* event) override;
+
 private:
+    static constexpr const char* kModule = "frmWavelark";
+    // Pages of tabTab.
+    static constexpr int kSweepPage = 0;
+    static constexpr int kBurstPage = 1;
+
+    // Makes the rest of a trapped procedure do nothing once a call it made
+    // has set the error flag.
+    static void leaveOnError(rt::Trap& trap, ErrorFlag bError);
+    // A box's text as a 32-bit float ("Type mismatch" when it is no number).
+    static float singleOf(const ui::TextBox* box);
+
+    // ---- Applying the controls to the signal (frmWavelarkSignal.cpp) ----
+    // With Mute checked and automatic bursts off, the action becomes "Make"
+    // (build only); then mWaveChangeShow.
+    void mWaveOutChangeShow(const std::string& action, bool reset, ErrorFlag& bError);
+    // The one road to the engine: stores the fields in the generator state,
+    // runs gWaveOutChange with the action, colours lblOutLevel (green when it
+    // played, red for "Make") and draws the made signal.
+    void mWaveChangeShow(const std::string& action, std::int32_t loops, bool reset,
+                         ErrorFlag& bError);
+    // Copies frequency 1 and the sweep or burst fields (as the page shown
+    // says) into the generator state.
+    void mSetFrequency1SweepBurst(ErrorFlag& bError);
+    // mSetFrequency1SweepBurst, then mWaveOutChangeShow("", true).
+    void mSetFrequency1SweepBurstMakeUpdate(ErrorFlag& bError);
+    // Enabling rules (frmWavelarkWaveMenu.cpp).
+    void mForceNonSineWaveFrequencies(ErrorFlag& bError);
+    void mTriangleMarkEnable(ErrorFlag& bError);
+    void mPercentEnable(bool enable);
+    void mFreq2DurationLogLinBiEnable(bool enable);
+    void mBurstEnable(bool enable);
+    void mSweepFrequencyLoEnableUpdate(bool update, ErrorFlag& bError);
+    void mEnableDisableWaveMenu(ErrorFlag& bError);
+    void mShowSweepTab();
+    // Shared tail of the shape handlers.
+    void mShapeChosen(const char* shape, ErrorFlag& bError);
+    // Shared body of the Lin, Log and Bi-directional handlers.
+    void mSweepSettingChanged(const char* procedure);
+    // Shared body of the Square, Triangle and Sawtooth items.
+    void mWaveMenuShape(const char* procedure, ui::OptionButton* shape, const char* percent);
+
+    // ---- Bursts (frmWavelarkBurst.cpp) ----
+    // Loads updBurstPeriod: its value, maximum 2000, minimum mlBurstPeriodMin.
+    void mSetBurstPeriodUpDown(ErrorFlag& bError);
+    // (N*2000/F + 0.5) truncated, 1 when 0; N, F read as Single from
+    // txtBurstCycles, txtFrequency1.
+    std::int32_t mlBurstPeriodMin(ErrorFlag& bError);
+
+    // ---- The plot (frmWavelarkPlot.cpp) ----
+    // Makes picPolarity the plot surface, cleared with its axes; called once
+    // at start-up.
+    std::int16_t mnTimeResponseInitDrawAxisForm(ErrorFlag& bError);
+    // Draws the made signal as it leaves the card (scaled by the output
+    // level) in the colour given.
+    void mShowTimeResponse(std::int32_t colour, ErrorFlag& bError);
+
+    // ---- The numeric fields (frmWavelarkFields.cpp) ----
+    struct FieldRow;
+    static const std::vector<FieldRow>& fieldRows();
+    void connectFieldHandlers();
+    void connectSignalHandlers();
+    // True when the playing pass may last long (a sweep, a burst period),
+    // so a change is heard at once rather than at the end of the pass.
+    bool mbLongPass() const;
+    void upDownMouseDown(const char* procedure, ui::UpDown* upDown, std::int16_t button);
+    void upDownChanged(const char* procedure, ui::UpDown* upDown);
+    void fieldChanged(const FieldRow& row);
+    void fieldKeyDown(const FieldRow& row, std::int16_t& keyCode, std::int16_t shift);
+    void fieldKeyPress(const FieldRow& row, std::int16_t& keyAscii);
+    bool fieldInError(const FieldRow& row, const char* procedure);
+    void txtFrequency1Changed(float value, ErrorFlag& bError);
+    void txtFrequency2Changed(float value, ErrorFlag& bError);
+    void txtSweepDurationChanged(float value, ErrorFlag& bError);
+    void txtBurstCyclesChanged(float value, ErrorFlag& bError);
+    void txtBurstPeriodChanged(float value, ErrorFlag& bError);
+    void txtPercentChanged(float value, ErrorFlag& bError);
+    void txtBurstCycles_LostFocus();
+
+    // The made signal as the plot shows it, and the recorded input (a
+    // single element, index 0, when nothing is recorded).
+    rt::SampleArray anSamples;
+    rt::SampleArray anRecord;
+    // The up-down whose arrow the mouse holds, if any.
+    ui::UpDown* heldUpDown = nullptr;
+
+    // ---- Start-up and shutdown, settings, the Info page, the level bars
+    // (frmWavelarkStartup.cpp, ...Settings.cpp, ...Info.cpp, ...Levels.cpp) ----
+    void connectLifeHandlers();
+    // Parts of Form_Load and Form_Unload, run as steps of their traps.
+    void loadNormal(rt::Trap& trap, const std::string& sMixerReport, ErrorFlag& bError);
+    void loadProblem(rt::Trap& trap, ErrorFlag& bError);
+    void clampFrequencies(rt::Trap& trap);
+    // The window's values into the batch, then the batch written.
+    void writeSettings(rt::Trap& trap, host::SettingsBatch& store);
+    void mGetSettings(ErrorFlag& bError);
+    void mInitInfo(const std::string& sMixerReport, ErrorFlag& bError);
+    void vsbOutLevel_Change();
+    void vsbOutLevel_Scroll();
+    void vsbInLevel_Change();
+    void vsbInLevel_Scroll();
+    void mOutLevelChange(ErrorFlag& bError);
+    void mInLevelChange(ErrorFlag& bError);
+    // Sets a mixer level from a bar, then draws the plot and the volts again.
+    void levelChange(const char* procedure, const ui::VScrollBar& bar,
+                     void (*setLevel)(std::int32_t, ErrorFlag&), std::int32_t colour,
+                     ErrorFlag& bError);
+    void mVOutUpdate();
+    void picPolarity_Resize();
+
+    bool unloadedUnseen_ = false;
+    bool unloaded_ = false;
+    // The plot is set up once start-up has prepared it (normal path only).
+    bool plotReady_ = false;
+
     QWidget* makeSignalPanel();
     QWidget* makeLevelPanel();
     QWidget* makeTabs();

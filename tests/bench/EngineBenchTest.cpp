@@ -21,6 +21,7 @@
 #include "platform/WaveApi.h"
 #include "services/modErrorHandler.h"
 #include "tests/bench/DoomedServer.h"
+#include "tests/bench/Recorder.h"
 #include "tests/support/PassWalk.h"
 #include "tests/support/RecordingSurface.h"
 #include "tests/support/ScriptedHost.h"
@@ -31,42 +32,6 @@ namespace {
 using namespace testing_support;
 
 constexpr mm::DWORD kRate = 44100;
-
-// Records `seconds` of the default input at 44.1 kHz, 16-bit mono.
-class Recorder {
-public:
-    explicit Recorder(double seconds) : memory_(static_cast<std::size_t>(seconds * kRate) * 2)
-    {
-        const mm::WAVEFORMATEX format = mm::pcmFormat(kRate);
-        EXPECT_EQ(mm::waveInOpen(&handle_, 0, &format, 0, 0, mm::CALLBACK_NULL), mm::MMSYSERR_NOERROR);
-        header_.lpData = memory_.data();
-        header_.dwBufferLength = static_cast<mm::DWORD>(memory_.size());
-        EXPECT_EQ(mm::waveInPrepareHeader(handle_, &header_, sizeof header_), mm::MMSYSERR_NOERROR);
-        EXPECT_EQ(mm::waveInAddBuffer(handle_, &header_, sizeof header_), mm::MMSYSERR_NOERROR);
-        EXPECT_EQ(mm::waveInStart(handle_), mm::MMSYSERR_NOERROR);
-    }
-    ~Recorder()
-    {
-        mm::waveInReset(handle_);
-        mm::waveInUnprepareHeader(handle_, &header_, sizeof header_);
-        mm::waveInClose(handle_);
-    }
-
-    // Waits for the whole recording (at most its length and 5 s more).
-    std::vector<std::int16_t> take()
-    {
-        const auto limit = static_cast<std::uint32_t>(memory_.size() / 2 * 1000 / kRate + 5000);
-        EXPECT_TRUE(waitFor([&] { return mm::headerFlags(header_) & mm::WHDR_DONE; }, limit));
-        std::vector<std::int16_t> samples(memory_.size() / 2);
-        std::memcpy(samples.data(), memory_.data(), samples.size() * 2);
-        return samples;
-    }
-
-private:
-    std::vector<char> memory_;
-    mm::HWAVEIN handle_ = 0;
-    mm::WAVEHDR header_;
-};
 
 class EngineBench : public ::testing::Test {
 protected:

@@ -50,6 +50,11 @@ public:
     // "The program": in a temporary folder of its own, so the error log goes
     // there.
     std::string programFile;
+    // The instance marker: whether an earlier copy holds it, and whether it
+    // answers when asked to come forward (each request is counted).
+    bool earlierCopyRunning = false;
+    bool earlierCopyAnswers = true;
+    int activationRequests = 0;
 
     void useSimulatedTime(std::uint32_t startTick = 1000);
     bool simulatedTime() const { return simulated_; }
@@ -72,6 +77,12 @@ public:
     std::optional<std::string> localeInfo(host::LocaleItem item) override;
     std::optional<host::SystemVersion> systemVersion() override { return osVersion; }
     std::string programPath() override { return programFile; }
+    bool previousInstance() override { return earlierCopyRunning; }
+    bool activatePreviousInstance() override
+    {
+        ++activationRequests;
+        return earlierCopyAnswers;
+    }
     std::unique_ptr<host::SettingsBatch> openSettings(const std::string& appKey,
                                                       const std::string& section) override;
     std::int32_t openAddress(const std::string& address) override;

@@ -18,6 +18,7 @@
 #include "base/NumberText.h"
 #include "base/Trap.h"
 #include "controls/PictureBox.h"
+#include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
 #include "engine/modWaveInOut.h"
@@ -142,10 +143,10 @@ TEST_F(WindowDuringAWait, WhatTimersStartWaitsForTheEndOfTheWait)
     // focus is), and the window system's close button, which Qt counts as
     // user input.
     bool focusMovedInWait = false;
-    QTimer::singleShot(0, [&] { window.txtFrequency2->control().setFocus(); });
+    QTimer::singleShot(0, [&] { window.chkMute->control().setFocus(); });
     QTimer probe;
     QObject::connect(&probe, &QTimer::timeout, [&] {
-        if (host::waitUnderway() && window.focusWidget() == window.txtFrequency2)
+        if (host::waitUnderway() && window.focusWidget() == window.chkMute)
             focusMovedInWait = true;
     });
     probe.start(5);
@@ -161,7 +162,7 @@ TEST_F(WindowDuringAWait, WhatTimersStartWaitsForTheEndOfTheWait)
 
     QTest::mouseRelease(window.updPercent, Qt::LeftButton, {}, QPoint(9, 3));
     settle();
-    EXPECT_EQ(window.focusWidget(), window.txtFrequency2) << "the focus moved once the wait was over";
+    EXPECT_EQ(window.focusWidget(), window.chkMute) << "the focus moved once the wait was over";
     EXPECT_FALSE(window.isVisible()) << "and the window closed";
 }
 

@@ -1,0 +1,73 @@
+// The window through ALSA against the private sound server of scripts/test:
+// a frequency typed into the real text box comes back from the null sink's
+// monitor.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <vector>
+
+#include <QApplication>
+#include <QTest>
+
+#include "base/Trap.h"
+#include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
+#include "engine/modWaveInOut.h"
+#include "platform/WaveApi.h"
+#include "services/modErrorHandler.h"
+#include "tests/bench/Recorder.h"
+#include "tests/support/ScriptedHost.h"
+#include "tests/support/SignalMeasure.h"
+#include "window/frmWavelark.h"
+
+namespace {
+
+using namespace testing_support;
+
+class WindowBench : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (std::getenv("WAVELARK_PULSE_PID") == nullptr)
+            GTEST_SKIP() << "needs the private sound server that scripts/test starts";
+        ASSERT_EQ(mm::waveBackendName(), "alsa");
+        gInstallErrorHandler();
+        window.Form_Load();
+        window.show();
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        ASSERT_TRUE(host.boxes.empty()) << host.boxes.front().title << ": " << host.boxes.front().text;
+    }
+    void TearDown() override
+    {
+        ErrorFlag error = kFalse;
+        gWaveOutClose(kTrue, error);
+        rt::setErrorReporter(nullptr);
+    }
+
+    ScriptedHost host;  // real time
+    frmWavelark window;
+};
+
+TEST_F(WindowBench, AFrequencyTypedIntoTheBoxIsWhatComesBack)
+{
+    window.chkMute->setFocus();
+    QTest::keyClick(window.chkMute, Qt::Key_Space);
+    ASSERT_EQ(window.chkMute->value(), 0);
+
+    window.txtFrequency1->setFocus();
+    window.txtFrequency1->selectAll();
+    QTest::keyClicks(window.txtFrequency1, "2500");
+    ASSERT_EQ(window.txtFrequency1->text(), "2500");
+
+    Recorder recorder(1.0);
+    const std::vector<std::int16_t> heard = recorder.take();
+    // The last half second: the server's latency has long passed.
+    const std::int16_t* steady = heard.data() + heard.size() / 2;
+    const std::size_t length = heard.size() / 2;
+    EXPECT_NEAR(measureFrequency(steady, length, kRecorderRate), 2500.0, 1.0);
+    EXPECT_GT(peakOf(steady, length), 16000);
+    EXPECT_TRUE(host.boxes.empty()) << host.boxes.front().title << ": " << host.boxes.front().text;
+}
+
+}  // namespace

@@ -1,0 +1,69 @@
+// The level bars: the output bar sets the mixer's master level, the Mic bar
+// the microphone level. Both run from 0 at the top (loudest) to 32767 at
+// the bottom; a drag sets the level at every step of the thumb.
+#include "base/Trap.h"
+#include "controls/SimpleControls.h"
+#include "controls/VScrollBar.h"
+#include "mixer/modMixer.h"
+#include "platform/Colours.h"
+#include "window/frmWavelark.h"
+
+namespace {
+
+constexpr std::int32_t kBarBottom = 32767;
+
+// The mixer level of a bar position: 65534 at the top, 0 at the bottom.
+std::int32_t mixerLevel(std::int16_t barValue) { return (kBarBottom - barValue) * 2; }
+
+}  // namespace
+
+void frmWavelark::vsbOutLevel_Change()
+{
+    ErrorFlag bError = kFalse;
+    mOutLevelChange(bError);
+}
+
+void frmWavelark::vsbOutLevel_Scroll()
+{
+    ErrorFlag bError = kFalse;
+    mOutLevelChange(bError);
+}
+
+void frmWavelark::vsbInLevel_Change()
+{
+    ErrorFlag bError = kFalse;
+    mInLevelChange(bError);
+}
+
+void frmWavelark::vsbInLevel_Scroll()
+{
+    ErrorFlag bError = kFalse;
+    mInLevelChange(bError);
+}
+
+void frmWavelark::mOutLevelChange(ErrorFlag& bError)
+{
+    // The plot shows the signal at the new level, in the colour it has.
+    levelChange("mOutLevelChange", *vsbOutLevel, &gMixerOutMasterSetLevel, lblOutLevel->foreColor(),
+                bError);
+}
+
+void frmWavelark::mInLevelChange(ErrorFlag& bError)
+{
+    levelChange("mInLevelChange", *vsbInLevel, &gMixerInMicSetLevel, ui::kColourRed, bError);
+}
+
+void frmWavelark::levelChange(const char* procedure, const ui::VScrollBar& bar,
+                              void (*setLevel)(std::int32_t, ErrorFlag&), std::int32_t colour,
+                              ErrorFlag& bError)
+{
+    rt::Trap trap(kModule, procedure, bError);
+    trap.step([&] { setLevel(mixerLevel(bar.Value()), bError); });
+    if (bError) return;
+    trap.step([&] { mShowTimeResponse(colour, bError); });
+    trap.step([&] { mVOutUpdate(); });
+}
+
+// The output in volts beside the level bar; shown once the output has been
+// calibrated, which this window does not offer yet.
+void frmWavelark::mVOutUpdate() {}
