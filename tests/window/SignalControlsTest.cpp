@@ -412,6 +412,7 @@ TEST_F(SignalWindow, AMeasuredBurstIsRecordedAndDrawnInYellow)
     EXPECT_EQ(window.lblOutLevel->foreColor(), ui::kColourRed);
     EXPECT_EQ(window.lblInLevel->foreColor(), ui::kColourYellow);
     EXPECT_GT(pixelsOf(window.picPolarity->image(), ui::kColourYellow), 50);
+    EXPECT_EQ(pixelsOf(window.picPolarity->image(), ui::kColourRed), 0) << "over a cleared plot";
     EXPECT_EQ(burstStarts(played(), 1000).size(), 1u) << "one burst played";
     EXPECT_TRUE(host.boxes.empty()) << boxTexts();
 
