@@ -28,50 +28,12 @@
 #include "platform/WaveApi.h"
 #include "platform/qt/QtHost.h"
 #include "services/modErrorHandler.h"
+#include "tests/bench/Recorder.h"
 #include "window/frmWavelark.h"
 
 namespace {
 
-constexpr mm::DWORD kRate = 44100;
-
-// One long recording of the default input, started now.
-class Recording {
-public:
-    explicit Recording(double seconds) : memory_(static_cast<std::size_t>(seconds * kRate) * 2)
-    {
-        const mm::WAVEFORMATEX format = mm::pcmFormat(kRate);
-        ok_ = mm::waveInOpen(&handle_, 0, &format, 0, 0, mm::CALLBACK_NULL) == mm::MMSYSERR_NOERROR;
-        header_.lpData = memory_.data();
-        header_.dwBufferLength = static_cast<mm::DWORD>(memory_.size());
-        ok_ = ok_ && mm::waveInPrepareHeader(handle_, &header_, sizeof header_) == mm::MMSYSERR_NOERROR;
-        ok_ = ok_ && mm::waveInAddBuffer(handle_, &header_, sizeof header_) == mm::MMSYSERR_NOERROR;
-        clock_.start();
-        ok_ = ok_ && mm::waveInStart(handle_) == mm::MMSYSERR_NOERROR;
-    }
-    ~Recording()
-    {
-        mm::waveInReset(handle_);
-        mm::waveInUnprepareHeader(handle_, &header_, sizeof header_);
-        mm::waveInClose(handle_);
-    }
-    bool ok() const { return ok_; }
-    // Milliseconds since the recording started.
-    double now() const { return clock_.nsecsElapsed() / 1e6; }
-    std::vector<std::int16_t> take()
-    {
-        while (!(mm::headerFlags(header_) & mm::WHDR_DONE)) QTest::qWait(50);
-        std::vector<std::int16_t> samples(memory_.size() / 2);
-        std::memcpy(samples.data(), memory_.data(), samples.size() * 2);
-        return samples;
-    }
-
-private:
-    std::vector<char> memory_;
-    mm::HWAVEIN handle_ = 0;
-    mm::WAVEHDR header_{};
-    QElapsedTimer clock_;
-    bool ok_ = false;
-};
+constexpr mm::DWORD kRate = testing_support::kRecorderRate;
 
 std::vector<double> risingCrossings(const std::vector<std::int16_t>& s)
 {
@@ -109,7 +71,7 @@ int measureKeystrokes(frmWavelark& window)
     unmute(window);
     window.txtFrequency1->setFocus();
     window.txtFrequency1->end(false);
-    Recording recording(kKeys * 0.3 + 3);
+    testing_support::Recorder recording(kKeys * 0.3 + 3);
     if (!recording.ok()) {
         std::printf("the input did not open\n");
         return 1;
@@ -117,7 +79,7 @@ int measureKeystrokes(frmWavelark& window)
     QTest::qWait(1000);
     std::vector<double> keyMs;
     for (int k = 0; k < kKeys; ++k) {
-        keyMs.push_back(recording.now());
+        keyMs.push_back(host::tickCount() - recording.startTick());
         QTest::keyClick(window.txtFrequency1, k % 2 == 0 ? Qt::Key_0 : Qt::Key_Backspace);
         QTest::qWait(300);
     }

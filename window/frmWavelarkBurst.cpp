@@ -118,7 +118,9 @@ void frmWavelark::cmdBurstFire_Click()
     });
     trap.step([&] {
         if (bError || chkBurstMeasure->value() == 0) return;
+        // The recording alone, on a cleared plot.
         ErrorFlag bShown = kFalse;
+        gTimeResponseShowClsDrawAxis(bShown);
         gTimeResponseShow(anRecord, kTrue, kFullScale, ui::kColourYellow, bShown);
         lblInLevel->setForeColor(ui::kColourYellow);
     });

@@ -182,9 +182,11 @@ bool frmWavelark::fieldInError(const FieldRow& row, const char* procedure)
 
 void frmWavelark::txtBurstCycles_LostFocus()
 {
-    // txtBurstCycles' row is the fourth of the table.
-    if (fieldInError(fieldRows()[3], "txtBurstCycles_LostFocus"))
-        gbGSetFocus(txtBurstCycles->control());
+    const auto& rows = fieldRows();
+    const auto cycles = std::find_if(rows.begin(), rows.end(), [](const FieldRow& row) {
+        return row.box == &frmWavelark::txtBurstCycles;
+    });
+    if (fieldInError(*cycles, "txtBurstCycles_LostFocus")) gbGSetFocus(txtBurstCycles->control());
 }
 
 // ---- What a new value sets off ------------------------------------------------

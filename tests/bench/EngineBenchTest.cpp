@@ -128,8 +128,10 @@ TEST_F(EngineBench, AToneComesBackAtItsFrequencyAndLevelWithoutAGap)
 {
     tone(1000);
     Recorder recorder(2.0);
+    ASSERT_TRUE(recorder.ok());
     const auto buffer = change("Open");
     const auto heard = recorder.take();
+    ASSERT_FALSE(heard.empty()) << "the recording did not come";
     ErrorFlag error = kFalse;
     gWaveOutClose(kTrue, error);
 
@@ -153,6 +155,7 @@ TEST_F(EngineBench, TwentyChangesEachLandOnAPassBoundaryWithNothingMissingOrRepe
                                  1600, 800, 2200, 1300, 650, 1900, 950, 2400, 1050, 1400};
     std::vector<std::vector<std::int16_t>> buffers;
     Recorder recorder(4.0);
+    ASSERT_TRUE(recorder.ok());
     host.sleep(200);
     tone(frequencies[0]);
     buffers.push_back(change("Open"));
@@ -162,6 +165,7 @@ TEST_F(EngineBench, TwentyChangesEachLandOnAPassBoundaryWithNothingMissingOrRepe
         buffers.push_back(change(""));
     }
     const auto heard = recorder.take();
+    ASSERT_FALSE(heard.empty()) << "the recording did not come";
     ErrorFlag error = kFalse;
     gWaveOutClose(kTrue, error);
 

@@ -61,7 +61,9 @@ TEST_F(WindowBench, AFrequencyTypedIntoTheBoxIsWhatComesBack)
     ASSERT_EQ(window.txtFrequency1->text(), "2500");
 
     Recorder recorder(1.0);
+    ASSERT_TRUE(recorder.ok());
     const std::vector<std::int16_t> heard = recorder.take();
+    ASSERT_FALSE(heard.empty()) << "the recording did not come";
     // The last half second: the server's latency has long passed.
     const std::int16_t* steady = heard.data() + heard.size() / 2;
     const std::size_t length = heard.size() / 2;

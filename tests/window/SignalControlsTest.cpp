@@ -9,8 +9,10 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QColorDialog>
 #include <QTabWidget>
 #include <QTest>
+#include <QTimer>
 
 #include "base/Trap.h"
 #include "controls/PictureBox.h"
@@ -322,6 +324,28 @@ TEST_F(SignalWindow, InvertTurnsTheToneOverWithoutAGap)
     EXPECT_TRUE(host.boxes.empty()) << boxTexts();
 }
 
+TEST_F(SignalWindow, AColourChosenForThePlotIsUsedAtOnceAndACancelKeepsTheOldOne)
+{
+    const auto answerColourDialog = [](const QColor& colour, bool accept) {
+        QTimer::singleShot(0, [colour, accept] {
+            auto* dialog = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            dialog->setCurrentColor(colour);
+            accept ? dialog->accept() : dialog->reject();
+        });
+    };
+    answerColourDialog(Qt::blue, true);
+    QTest::mouseClick(window.picPolarity, Qt::LeftButton);
+    EXPECT_EQ(window.picPolarity->backColor(), 0xFF0000) << "blue, red in the low byte";
+    const QImage& plot = window.picPolarity->image();
+    EXPECT_GT(pixelsOf(plot, 0xFF0000), plot.width() * plot.height() / 2) << "the new background";
+    EXPECT_GT(pixelsOf(plot, ui::kColourRed), 50) << "and the made signal drawn again on it";
+
+    answerColourDialog(Qt::green, false);
+    QTest::mouseClick(window.picPolarity, Qt::LeftButton);
+    EXPECT_EQ(window.picPolarity->backColor(), 0xFF0000);
+}
+
 // ---- Sweeps --------------------------------------------------------------------------
 
 class SweepWindow : public SignalWindow {
@@ -412,6 +436,7 @@ TEST_F(SignalWindow, AMeasuredBurstIsRecordedAndDrawnInYellow)
     EXPECT_EQ(window.lblOutLevel->foreColor(), ui::kColourRed);
     EXPECT_EQ(window.lblInLevel->foreColor(), ui::kColourYellow);
     EXPECT_GT(pixelsOf(window.picPolarity->image(), ui::kColourYellow), 50);
+    EXPECT_EQ(pixelsOf(window.picPolarity->image(), ui::kColourRed), 0) << "over a cleared plot";
     EXPECT_EQ(burstStarts(played(), 1000).size(), 1u) << "one burst played";
     EXPECT_TRUE(host.boxes.empty()) << boxTexts();
 
