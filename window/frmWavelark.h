@@ -62,6 +62,7 @@ public:
     // settings, closes the output and gives the mixer back its levels.
     void Form_Unload(std::int16_t& Cancel);
     void mnuFiExit_Click();
+    void mnuHAbout_Click();
 
     // Shape, sweep, mode and plot handlers (frmWavelarkSignal.cpp,
     // frmWavelarkWaveMenu.cpp, frmWavelarkPlot.cpp). Setting an option

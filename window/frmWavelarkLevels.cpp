@@ -2,7 +2,9 @@
 // the microphone level. Both run from 0 at the top (loudest) to 32767 at
 // the bottom; a drag sets the level at every step of the thumb.
 #include "base/Trap.h"
+#include "calibration/modVOut.h"
 #include "controls/SimpleControls.h"
+#include "controls/TextBox.h"
 #include "controls/VScrollBar.h"
 #include "mixer/modMixer.h"
 #include "platform/Colours.h"
@@ -64,6 +66,16 @@ void frmWavelark::levelChange(const char* procedure, const ui::VScrollBar& bar,
     trap.step([&] { mVOutUpdate(); });
 }
 
-// The output in volts beside the level bar; shown once the output has been
-// calibrated, which this window does not offer yet.
-void frmWavelark::mVOutUpdate() {}
+// The output in volts beside the level bar, once the System page holds a
+// usable calibration; the plain caption otherwise.
+void frmWavelark::mVOutUpdate()
+{
+    ErrorFlag bError = kFalse;
+    rt::Trap trap(kModule, "mVOutUpdate", bError);
+    std::string caption;
+    trap.step([&] {
+        caption = gsVOutLevelCaption(vsbOutLevel->Value(), txtVOutMax->control().text(),
+                                     txtVOut2->control().text(), bError);
+    });
+    if (!bError) lblOutLevel->control().setText(caption);
+}

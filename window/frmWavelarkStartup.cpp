@@ -18,6 +18,7 @@
 #include "entry/modGetLocaleInfo.h"
 #include "mixer/modMixer.h"
 #include "platform/HostServices.h"
+#include "services/frmAbout.h"
 #include "services/modActivatePrevInstance.h"
 #include "services/modControlsEnable.h"
 #include "services/modGeneral.h"
@@ -152,8 +153,15 @@ void frmWavelark::mnuFiExit_Click()
     trap.step([&] { close(); });
 }
 
+void frmWavelark::mnuHAbout_Click()
+{
+    rt::Trap trap(kModule, "mnuHAbout_Click");
+    trap.step([&] { gShowAbout(this); });
+}
+
 void frmWavelark::connectLifeHandlers()
 {
+    connect(mnuHAbout, &QAction::triggered, this, &frmWavelark::mnuHAbout_Click);
     vsbOutLevel->Change = [this] { vsbOutLevel_Change(); };
     vsbOutLevel->Scroll = [this] { vsbOutLevel_Scroll(); };
     vsbInLevel->Change = [this] { vsbInLevel_Change(); };
