@@ -109,20 +109,20 @@ public:
     MMRESULT outputCaps(UINT deviceId, WAVEOUTCAPSA& caps) override
     {
         std::lock_guard lock(mutex_);
-        DeviceSpec spec;
-        if (MMRESULT result = findDevice(setup_.outputs, deviceId, spec)) return result;
+        DeviceTraits layout;
+        if (MMRESULT result = findDevice(setup_.outputs, deviceId, layout)) return result;
         caps = WAVEOUTCAPSA{};
-        fillCommon(spec, caps);
-        caps.dwSupport = spec.support;
+        fillCommon(layout, caps);
+        caps.dwSupport = layout.support;
         return MMSYSERR_NOERROR;
     }
     MMRESULT inputCaps(UINT deviceId, WAVEINCAPSA& caps) override
     {
         std::lock_guard lock(mutex_);
-        DeviceSpec spec;
-        if (MMRESULT result = findDevice(setup_.inputs, deviceId, spec)) return result;
+        DeviceTraits layout;
+        if (MMRESULT result = findDevice(setup_.inputs, deviceId, layout)) return result;
         caps = WAVEINCAPSA{};
-        fillCommon(spec, caps);
+        fillCommon(layout, caps);
         return MMSYSERR_NOERROR;
     }
 
@@ -255,26 +255,26 @@ private:
 
     std::int64_t latencyNs() const { return std::int64_t{setup_.latencyMs} * kNsPerMs; }
 
-    MMRESULT findDevice(const std::vector<DeviceSpec>& devices, UINT deviceId, DeviceSpec& spec) const
+    MMRESULT findDevice(const std::vector<DeviceTraits>& devices, UINT deviceId, DeviceTraits& layout) const
     {
         if (setup_.vanished) return MMSYSERR_NODRIVER;
         if (deviceId >= devices.size()) return MMSYSERR_BADDEVICEID;
-        spec = devices[deviceId];
-        return spec.capsResult;
+        layout = devices[deviceId];
+        return layout.capsResult;
     }
 
     template <class Caps>
-    static void fillCommon(const DeviceSpec& spec, Caps& caps)
+    static void fillCommon(const DeviceTraits& layout, Caps& caps)
     {
-        caps.wMid = spec.mid;
-        caps.wPid = spec.pid;
-        caps.vDriverVersion = spec.driverVersion;
-        backend::copyDeviceName(spec.name, caps.szPname);
-        caps.dwFormats = spec.formats;
-        caps.wChannels = spec.channels;
+        caps.wMid = layout.mid;
+        caps.wPid = layout.pid;
+        caps.vDriverVersion = layout.driverVersion;
+        backend::copyDeviceName(layout.name, caps.szPname);
+        caps.dwFormats = layout.formats;
+        caps.wChannels = layout.channels;
     }
 
-    MMRESULT openCheck(const std::vector<DeviceSpec>& devices, UINT deviceId,
+    MMRESULT openCheck(const std::vector<DeviceTraits>& devices, UINT deviceId,
                        const WAVEFORMATEX& format, MMRESULT refusal) const
     {
         if (setup_.vanished) return MMSYSERR_NODRIVER;

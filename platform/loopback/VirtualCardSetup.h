@@ -14,7 +14,7 @@
 namespace mm::loopback {
 
 // A device as the card lists it.
-struct DeviceSpec {
+struct DeviceTraits {
     std::string name = "Wavelark Virtual Card";
     DWORD formats = 0x000FFFFF;  // every standard format
     WORD channels = 2;
@@ -27,8 +27,8 @@ struct DeviceSpec {
 };
 
 struct CardSetup {
-    std::vector<DeviceSpec> outputs{DeviceSpec{}};
-    std::vector<DeviceSpec> inputs{DeviceSpec{}};
+    std::vector<DeviceTraits> outputs{DeviceTraits{}};
+    std::vector<DeviceTraits> inputs{DeviceTraits{}};
     std::uint32_t latencyMs = 20;
     // Opening at a rate outside lowestRate..highestRate fails with
     // WAVERR_BADFORMAT.

@@ -10,12 +10,12 @@ void reset()
     resetMixers();
 }
 
-void setOutputDevices(std::vector<DeviceSpec> devices)
+void setOutputDevices(std::vector<DeviceTraits> devices)
 {
     withCardSetup([&](CardSetup& setup) { setup.outputs = std::move(devices); });
 }
 
-void setInputDevices(std::vector<DeviceSpec> devices)
+void setInputDevices(std::vector<DeviceTraits> devices)
 {
     withCardSetup([&](CardSetup& setup) { setup.inputs = std::move(devices); });
 }

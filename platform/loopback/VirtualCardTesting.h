@@ -18,8 +18,8 @@ namespace mm::loopback {
 void reset();
 
 // Call these with nothing open.
-void setOutputDevices(std::vector<DeviceSpec> devices);
-void setInputDevices(std::vector<DeviceSpec> devices);
+void setOutputDevices(std::vector<DeviceTraits> devices);
+void setInputDevices(std::vector<DeviceTraits> devices);
 void setLatencyMs(std::uint32_t milliseconds);
 std::uint32_t latencyMs();
 void setRateRange(DWORD lowest, DWORD highest);

@@ -20,9 +20,9 @@ using backend::MixerModel;
 
 constexpr const char* kCardName = "Wavelark Virtual Card";
 
-MixerControlSpec volume(const std::string& name, Drives drives)
+ControlLayout volume(const std::string& name, Drives drives)
 {
-    MixerControlSpec control;
+    ControlLayout control;
     control.type = MIXERCONTROL_CONTROLTYPE_VOLUME;
     control.shortName = "Volume";
     control.name = name;
@@ -31,9 +31,9 @@ MixerControlSpec volume(const std::string& name, Drives drives)
     return control;
 }
 
-MixerControlSpec mute(const std::string& name, Drives drives)
+ControlLayout mute(const std::string& name, Drives drives)
 {
-    MixerControlSpec control;
+    ControlLayout control;
     control.type = MIXERCONTROL_CONTROLTYPE_MUTE;
     control.shortName = "Mute";
     control.name = name;
@@ -43,17 +43,17 @@ MixerControlSpec mute(const std::string& name, Drives drives)
     return control;
 }
 
-MixerLineSpec line(DWORD type, const std::string& shortName, const std::string& name, DWORD channels,
+LineLayout line(DWORD type, const std::string& shortName, const std::string& name, DWORD channels,
                    DWORD targetType, const std::string& targetName)
 {
-    MixerLineSpec spec;
-    spec.componentType = type;
-    spec.shortName = shortName;
-    spec.name = name;
-    spec.channels = channels;
-    spec.targetType = targetType;
-    spec.targetName = targetName;
-    return spec;
+    LineLayout layout;
+    layout.componentType = type;
+    layout.shortName = shortName;
+    layout.name = name;
+    layout.channels = channels;
+    layout.targetType = targetType;
+    layout.targetName = targetName;
+    return layout;
 }
 
 // Where a control sits in a mixer: destination, source (-1 for the
@@ -83,7 +83,7 @@ MMRESULT faultFor(const std::map<std::string, MMRESULT>& faults, const std::stri
     return found != faults.end() ? found->second : MMSYSERR_NOERROR;
 }
 
-DWORD readLevel(const MixerControlSpec& control)
+DWORD readLevel(const ControlLayout& control)
 {
     Levels& card = levels();
     switch (control.drives) {
@@ -98,7 +98,7 @@ DWORD readLevel(const MixerControlSpec& control)
     return control.value;
 }
 
-void writeLevel(MixerControlSpec& control, DWORD value)
+void writeLevel(ControlLayout& control, DWORD value)
 {
     Levels& card = levels();
     const auto level = static_cast<std::uint16_t>(std::min<DWORD>(value, 65535));
@@ -115,12 +115,12 @@ void writeLevel(MixerControlSpec& control, DWORD value)
 
 class VirtualSession : public backend::MixerSession {
 public:
-    VirtualSession(UINT mixerId, const MixerSpec& spec) : mixerId_(mixerId)
+    VirtualSession(UINT mixerId, const MixerLayout& layout) : mixerId_(mixerId)
     {
-        model_.name = spec.name;
+        model_.name = layout.name;
         model_.driverVersion = 0x0100;
-        for (std::size_t d = 0; d < spec.destinations.size(); ++d) {
-            const MixerLineSpec& destination = spec.destinations[d];
+        for (std::size_t d = 0; d < layout.destinations.size(); ++d) {
+            const LineLayout& destination = layout.destinations[d];
             MixerLineModel& line = model_.destinations.emplace_back(describe(destination, d, -1));
             for (std::size_t s = 0; s < destination.sources.size(); ++s) {
                 line.sources.push_back(
@@ -136,10 +136,10 @@ public:
         State& shared = state();
         std::lock_guard lock(shared.mutex);
         MixerSetup& mixers = shared.setup;
-        MixerControlSpec* spec = nullptr;
-        if (MMRESULT result = find(mixers, control, spec)) return result;
-        if (MMRESULT fault = faultFor(mixers.readFaults, spec->name)) return fault;
-        value = readLevel(*spec);
+        ControlLayout* layout = nullptr;
+        if (MMRESULT result = find(mixers, control, layout)) return result;
+        if (MMRESULT fault = faultFor(mixers.readFaults, layout->name)) return fault;
+        value = readLevel(*layout);
         return MMSYSERR_NOERROR;
     }
 
@@ -148,27 +148,27 @@ public:
         State& shared = state();
         std::lock_guard lock(shared.mutex);
         MixerSetup& mixers = shared.setup;
-        MixerControlSpec* spec = nullptr;
-        if (MMRESULT result = find(mixers, control, spec)) return result;
-        if (MMRESULT fault = faultFor(mixers.writeFaults, spec->name)) return fault;
-        if (mixers.logWrites) mixers.writes.push_back({spec->name, value});
-        writeLevel(*spec, value);
+        ControlLayout* layout = nullptr;
+        if (MMRESULT result = find(mixers, control, layout)) return result;
+        if (MMRESULT fault = faultFor(mixers.writeFaults, layout->name)) return fault;
+        if (mixers.logWrites) mixers.writes.push_back({layout->name, value});
+        writeLevel(*layout, value);
         return MMSYSERR_NOERROR;
     }
 
 private:
-    MixerLineModel describe(const MixerLineSpec& spec, std::size_t destination, std::ptrdiff_t source)
+    MixerLineModel describe(const LineLayout& layout, std::size_t destination, std::ptrdiff_t source)
     {
         MixerLineModel line;
-        line.componentType = spec.componentType;
-        line.flags = spec.flags;
-        line.channels = spec.channels;
-        line.shortName = spec.shortName;
-        line.name = spec.name;
-        line.targetType = spec.targetType;
-        line.targetName = spec.targetName;
-        for (std::size_t c = 0; c < spec.controls.size(); ++c) {
-            const MixerControlSpec& from = spec.controls[c];
+        line.componentType = layout.componentType;
+        line.flags = layout.flags;
+        line.channels = layout.channels;
+        line.shortName = layout.shortName;
+        line.name = layout.name;
+        line.targetType = layout.targetType;
+        line.targetName = layout.targetName;
+        for (std::size_t c = 0; c < layout.controls.size(); ++c) {
+            const ControlLayout& from = layout.controls[c];
             MixerControlModel control;
             control.type = from.type;
             control.flags = from.flags;
@@ -185,20 +185,20 @@ private:
     }
 
     // The control as the mixer now has it (a test may have changed the mixer).
-    MMRESULT find(MixerSetup& mixers, const MixerControlModel& control, MixerControlSpec*& spec)
+    MMRESULT find(MixerSetup& mixers, const MixerControlModel& control, ControlLayout*& layout)
     {
         if (mixers.vanished) return MMSYSERR_NODRIVER;
         if (mixerId_ >= mixers.mixers.size() || control.key >= paths_.size()) return MIXERR_INVALCONTROL;
         const Path& path = paths_[control.key];
         auto& destinations = mixers.mixers[mixerId_].destinations;
         if (path.destination >= destinations.size()) return MIXERR_INVALCONTROL;
-        MixerLineSpec* line = &destinations[path.destination];
+        LineLayout* line = &destinations[path.destination];
         if (path.source >= 0) {
             if (static_cast<std::size_t>(path.source) >= line->sources.size()) return MIXERR_INVALCONTROL;
             line = &line->sources[static_cast<std::size_t>(path.source)];
         }
         if (path.control >= line->controls.size()) return MIXERR_INVALCONTROL;
-        spec = &line->controls[path.control];
+        layout = &line->controls[path.control];
         return MMSYSERR_NOERROR;
     }
 
@@ -240,24 +240,24 @@ backend::MixerBackend& mixerBackend()
     return *instance;
 }
 
-MixerSpec standardMixer()
+MixerLayout standardMixer()
 {
-    MixerLineSpec speakers = line(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS, "Speakers", "Speakers", 2,
+    LineLayout speakers = line(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS, "Speakers", "Speakers", 2,
                                   MIXERLINE_TARGETTYPE_WAVEOUT, kCardName);
     speakers.controls = {volume("Master Volume", Drives::Master), mute("Master Mute", Drives::MasterMute)};
-    MixerLineSpec wave = line(MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT, "Wave", "Wave", 2,
+    LineLayout wave = line(MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT, "Wave", "Wave", 2,
                               MIXERLINE_TARGETTYPE_WAVEOUT, kCardName);
     wave.controls = {volume("Wave Volume", Drives::Wave), mute("Wave Mute", Drives::WaveMute)};
     speakers.sources = {wave};
 
-    MixerLineSpec recording = line(MIXERLINE_COMPONENTTYPE_DST_WAVEIN, "Recording", "Recording", 2,
+    LineLayout recording = line(MIXERLINE_COMPONENTTYPE_DST_WAVEIN, "Recording", "Recording", 2,
                                    MIXERLINE_TARGETTYPE_WAVEIN, kCardName);
-    MixerLineSpec microphone = line(MIXERLINE_COMPONENTTYPE_SRC_MICROPHONE, "Mic", "Microphone", 1,
+    LineLayout microphone = line(MIXERLINE_COMPONENTTYPE_SRC_MICROPHONE, "Mic", "Microphone", 1,
                                     MIXERLINE_TARGETTYPE_UNDEFINED, "");
     microphone.controls = {volume("Mic Volume", Drives::Mic), mute("Mic Mute", Drives::MicMute)};
     recording.sources = {microphone};
 
-    MixerSpec mixer;
+    MixerLayout mixer;
     mixer.name = kCardName;
     mixer.destinations = {speakers, recording};
     return mixer;

@@ -16,7 +16,7 @@ namespace mm::loopback {
 // control's own value.
 enum class Drives { Nothing, Master, MasterMute, Wave, WaveMute, Mic, MicMute };
 
-struct MixerControlSpec {
+struct ControlLayout {
     DWORD type = MIXERCONTROL_CONTROLTYPE_VOLUME;
     std::string shortName;
     std::string name;
@@ -28,7 +28,7 @@ struct MixerControlSpec {
     DWORD value = 0;  // of a control that drives nothing
 };
 
-struct MixerLineSpec {
+struct LineLayout {
     DWORD componentType = MIXERLINE_COMPONENTTYPE_DST_UNDEFINED;
     std::string shortName;
     std::string name;
@@ -36,17 +36,17 @@ struct MixerLineSpec {
     DWORD flags = MIXERLINE_LINEF_ACTIVE;
     DWORD targetType = MIXERLINE_TARGETTYPE_UNDEFINED;
     std::string targetName;
-    std::vector<MixerControlSpec> controls;
-    std::vector<MixerLineSpec> sources;  // a destination's
+    std::vector<ControlLayout> controls;
+    std::vector<LineLayout> sources;  // a destination's
 };
 
-struct MixerSpec {
+struct MixerLayout {
     std::string name = "Wavelark Virtual Card";
-    std::vector<MixerLineSpec> destinations;
+    std::vector<LineLayout> destinations;
 };
 
 // The default mixer described in VirtualMixer.h.
-MixerSpec standardMixer();
+MixerLayout standardMixer();
 
 // A value written to a control, by the control's name.
 struct MixerWrite {
@@ -59,7 +59,7 @@ inline constexpr unsigned kEveryOpening = ~0u;
 
 struct MixerSetup {
     // Mixer 0 first; none: no mixer at all.
-    std::vector<MixerSpec> mixers{standardMixer()};
+    std::vector<MixerLayout> mixers{standardMixer()};
     // The next `refusals` openings (kEveryOpening: all) are refused with
     // this code; reading the capabilities opens too.
     MMRESULT refuseOpen = MMSYSERR_NOERROR;

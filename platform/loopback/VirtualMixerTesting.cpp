@@ -18,7 +18,7 @@ void setFault(std::map<std::string, MMRESULT>& faults, const std::string& name, 
 
 }  // namespace
 
-void setMixers(std::vector<MixerSpec> mixers)
+void setMixers(std::vector<MixerLayout> mixers)
 {
     withMixerSetup([&](MixerSetup& setup) { setup.mixers = std::move(mixers); });
 }

@@ -12,7 +12,7 @@
 namespace mm::loopback {
 
 // The card's mixers, mixer 0 first (none: no mixer at all).
-void setMixers(std::vector<MixerSpec> mixers);
+void setMixers(std::vector<MixerLayout> mixers);
 
 // The next `times` openings refused (every one by default), or reading or
 // writing the control of that name failing ("" for every control), with

@@ -242,7 +242,7 @@ TEST_F(VOutCalibrate, AnEndedDialogueChangesNothing)
 
 TEST_F(VOutCalibrate, AnOutputThatDoesNotFallWithTheMasterLevelIsNotSuitable)
 {
-    loopback::MixerSpec mixer = loopback::standardMixer();
+    loopback::MixerLayout mixer = loopback::standardMixer();
     for (auto& control : mixer.destinations[0].controls)
         if (control.name == "Master Volume") control.drives = loopback::Drives::Nothing;
     loopback::setMixers({mixer});

@@ -20,7 +20,7 @@ protected:
     // Inputs listing only `formats` (8-bit mono at 22.05 kHz, say).
     void useInput(mm::DWORD formats, const std::string& name = "Line In")
     {
-        mm::loopback::DeviceSpec input;
+        mm::loopback::DeviceTraits input;
         input.name = name;
         input.formats = formats;
         mm::loopback::setInputDevices({input});

@@ -7,14 +7,14 @@
 namespace engine_test {
 namespace {
 
-using mm::loopback::DeviceSpec;
+using mm::loopback::DeviceTraits;
 
-DeviceSpec device(const std::string& name, mm::DWORD formats = 0x000FFFFF)
+DeviceTraits device(const std::string& name, mm::DWORD formats = 0x000FFFFF)
 {
-    DeviceSpec spec;
-    spec.name = name;
-    spec.formats = formats;
-    return spec;
+    DeviceTraits layout;
+    layout.name = name;
+    layout.formats = formats;
+    return layout;
 }
 
 class DiscoveryTest : public WaveEngineTest {
@@ -73,7 +73,7 @@ TEST_F(DiscoveryTest, NoDeviceAtAllIsSaidInACriticalBoxTitledWithTheProgram)
 
 TEST_F(DiscoveryTest, AFailedCapabilityReadIsShownAndStopsTheChoice)
 {
-    DeviceSpec broken = device("Broken Card");
+    DeviceTraits broken = device("Broken Card");
     broken.capsResult = mm::MMSYSERR_NOMEM;
     mm::loopback::setOutputDevices({broken, device("Speakers", 0x10)});
     ErrorFlag error = kFalse;
@@ -171,12 +171,12 @@ TEST_F(DiscoveryTest, AnAudigyPlaysAt96kHzUpTo40kHz)
 
 TEST_F(DiscoveryTest, IdsAndVersionAndSupportAreReadAsTheRecordHoldsThem)
 {
-    DeviceSpec pci = device("Speakers");
+    DeviceTraits pci = device("Speakers");
     pci.mid = 0x8086;  // above 32767: kept as a 16-bit Integer holds it
     pci.pid = 0x2668;
     pci.driverVersion = 0x050A;  // 1290: 1290 \ 255 = 5, 1290 mod 255 = 15
     pci.support = mm::WAVECAPS_VOLUME | mm::WAVECAPS_SYNC;
-    DeviceSpec usb = device("Headset");
+    DeviceTraits usb = device("Headset");
     usb.mid = 0x046D;
     usb.pid = 0xFFFF;
     usb.driverVersion = 0x0100;

@@ -14,9 +14,9 @@ namespace {
 using namespace mixer_testing;
 
 // A device whose capabilities cannot be read: its search fails.
-loopback::DeviceSpec unreadable()
+loopback::DeviceTraits unreadable()
 {
-    loopback::DeviceSpec device;
+    loopback::DeviceTraits device;
     device.capsResult = MMSYSERR_NODRIVER;
     return device;
 }

@@ -132,7 +132,7 @@ TEST_F(MixerCalls, LinesAndControlsAreNumberedInWalkingOrder)
 
 TEST_F(MixerCalls, NamesAreCutToTheirFieldsWithATerminatingNul)
 {
-    MixerSpec card = loopback::standardMixer();
+    MixerLayout card = loopback::standardMixer();
     card.name = std::string(40, 'M');
     card.destinations[0].shortName = std::string(20, 's');
     card.destinations[0].name = std::string(70, 'n');

@@ -60,7 +60,7 @@ TEST_F(MixerLevels, TheSettersDriveTheCardAndTheRestorePutsBackWhatWasFound)
 
 TEST_F(MixerLevels, AMissingWaveControlRefusesItsSetterOnly)
 {
-    MixerSpec card = loopback::standardMixer();
+    MixerLayout card = loopback::standardMixer();
     removeControl(card, "Wave Volume");
     loopback::setMixers({card});
     walk();

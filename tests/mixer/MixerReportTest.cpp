@@ -13,19 +13,19 @@ using namespace mixer_testing;
 // and no value shown), a wave source and a disconnected CD source without
 // controls; a recording destination without controls and a microphone whose
 // target type is not a known one.
-MixerSpec smallCard()
+MixerLayout smallCard()
 {
-    MixerControlSpec balance = control(MIXERCONTROL_CONTROLTYPE_PAN, "Balance");
+    ControlLayout balance = control(MIXERCONTROL_CONTROLTYPE_PAN, "Balance");
     balance.minimum = static_cast<DWORD>(-32768);
     balance.maximum = 32767;
 
-    MixerLineSpec wave = line(MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT, "Wave", "Wave",
+    LineLayout wave = line(MIXERLINE_COMPONENTTYPE_SRC_WAVEOUT, "Wave", "Wave",
                               {control(MIXERCONTROL_CONTROLTYPE_VOLUME, "Wave Volume", Drives::Wave)});
     wave.targetType = MIXERLINE_TARGETTYPE_WAVEOUT;
     wave.targetName = "Test Card";
-    MixerLineSpec cd = line(MIXERLINE_COMPONENTTYPE_SRC_COMPACTDISC, "CD", "CD Player");
+    LineLayout cd = line(MIXERLINE_COMPONENTTYPE_SRC_COMPACTDISC, "CD", "CD Player");
     cd.flags = MIXERLINE_LINEF_ACTIVE | MIXERLINE_LINEF_DISCONNECTED;
-    MixerLineSpec speakers = line(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS, "Spkr", "Speakers",
+    LineLayout speakers = line(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS, "Spkr", "Speakers",
                                   {control(MIXERCONTROL_CONTROLTYPE_VOLUME, "Master Volume", Drives::Master),
                                    control(MIXERCONTROL_CONTROLTYPE_MUTE, "Master Mute", Drives::MasterMute),
                                    balance},
@@ -33,17 +33,17 @@ MixerSpec smallCard()
     speakers.targetType = MIXERLINE_TARGETTYPE_WAVEOUT;
     speakers.targetName = "Test Card";
 
-    MixerLineSpec mic = line(MIXERLINE_COMPONENTTYPE_SRC_MICROPHONE, "Mic", "Microphone",
+    LineLayout mic = line(MIXERLINE_COMPONENTTYPE_SRC_MICROPHONE, "Mic", "Microphone",
                              {control(MIXERCONTROL_CONTROLTYPE_VOLUME, "Mic Volume", Drives::Mic),
                               control(MIXERCONTROL_CONTROLTYPE_MUTE, "Mic Mute", Drives::MicMute)});
     mic.channels = 1;
     mic.targetType = 9;
-    MixerLineSpec recording = line(MIXERLINE_COMPONENTTYPE_DST_WAVEIN, "Rec", "Recording", {}, {mic});
+    LineLayout recording = line(MIXERLINE_COMPONENTTYPE_DST_WAVEIN, "Rec", "Recording", {}, {mic});
     recording.channels = 1;
     recording.targetType = MIXERLINE_TARGETTYPE_WAVEIN;
     recording.targetName = "Test Card";
 
-    MixerSpec card;
+    MixerLayout card;
     card.name = "Test Card";
     card.destinations = {speakers, recording};
     return card;
@@ -144,11 +144,11 @@ TEST_F(MixerReport, ASmallCardIsReportedExactlyAndItsSlotsAreFilled)
 TEST_F(MixerReport, AnAudigyMixerLeavesOutTheLastSourceOfEveryDestination)
 {
     auto sources = [](std::initializer_list<const char*> names) {
-        std::vector<MixerLineSpec> list;
+        std::vector<LineLayout> list;
         for (const char* name : names) list.push_back(line(MIXERLINE_COMPONENTTYPE_SRC_LINE, name, name));
         return list;
     };
-    MixerSpec card;
+    MixerLayout card;
     card.destinations = {line(MIXERLINE_COMPONENTTYPE_DST_SPEAKERS, "Spk", "Speakers", {}, sources({"Src A", "Src B", "Src C"})),
                          line(MIXERLINE_COMPONENTTYPE_DST_WAVEIN, "Rec", "Recording", {}, sources({"Src D", "Src E"}))};
     auto visited = [&](const std::string& report) {
@@ -172,7 +172,7 @@ TEST_F(MixerReport, AnAudigyMixerLeavesOutTheLastSourceOfEveryDestination)
 
 TEST_F(MixerReport, TwoMixersAreListedButOnlyMixerZeroIsDetailed)
 {
-    MixerSpec second;
+    MixerLayout second;
     second.name = "Second Card";
     second.destinations = {line(MIXERLINE_COMPONENTTYPE_DST_HEADPHONES, "Phones", "Headphones")};
     loopback::setMixers({loopback::standardMixer(), second});

@@ -16,47 +16,47 @@ namespace mixer_testing {
 
 using namespace mm;
 using loopback::Drives;
-using loopback::MixerControlSpec;
-using loopback::MixerLineSpec;
-using loopback::MixerSpec;
+using loopback::ControlLayout;
+using loopback::LineLayout;
+using loopback::MixerLayout;
 
-inline MixerControlSpec control(DWORD type, const std::string& name, Drives drives = Drives::Nothing,
+inline ControlLayout control(DWORD type, const std::string& name, Drives drives = Drives::Nothing,
                                 DWORD value = 0)
 {
-    MixerControlSpec spec;
-    spec.type = type;
-    spec.shortName = name.substr(0, 6);
-    spec.name = name;
-    spec.drives = drives;
-    spec.value = value;
+    ControlLayout layout;
+    layout.type = type;
+    layout.shortName = name.substr(0, 6);
+    layout.name = name;
+    layout.drives = drives;
+    layout.value = value;
     if (type == MIXERCONTROL_CONTROLTYPE_MUTE) {
-        spec.flags = MIXERCONTROL_CONTROLF_UNIFORM;
-        spec.maximum = 1;
+        layout.flags = MIXERCONTROL_CONTROLF_UNIFORM;
+        layout.maximum = 1;
     }
-    return spec;
+    return layout;
 }
 
-inline MixerLineSpec line(DWORD type, const std::string& shortName, const std::string& name,
-                          std::vector<MixerControlSpec> controls = {}, std::vector<MixerLineSpec> sources = {})
+inline LineLayout line(DWORD type, const std::string& shortName, const std::string& name,
+                          std::vector<ControlLayout> controls = {}, std::vector<LineLayout> sources = {})
 {
-    MixerLineSpec spec;
-    spec.componentType = type;
-    spec.shortName = shortName;
-    spec.name = name;
-    spec.controls = std::move(controls);
-    spec.sources = std::move(sources);
-    return spec;
+    LineLayout layout;
+    layout.componentType = type;
+    layout.shortName = shortName;
+    layout.name = name;
+    layout.controls = std::move(controls);
+    layout.sources = std::move(sources);
+    return layout;
 }
 
 // Removes the control of that name wherever it is.
-inline void removeControl(MixerSpec& mixer, const std::string& name)
+inline void removeControl(MixerLayout& mixer, const std::string& name)
 {
-    auto strip = [&](MixerLineSpec& l) {
-        std::erase_if(l.controls, [&](const MixerControlSpec& c) { return c.name == name; });
+    auto strip = [&](LineLayout& l) {
+        std::erase_if(l.controls, [&](const ControlLayout& c) { return c.name == name; });
     };
-    for (MixerLineSpec& destination : mixer.destinations) {
+    for (LineLayout& destination : mixer.destinations) {
         strip(destination);
-        for (MixerLineSpec& source : destination.sources) strip(source);
+        for (LineLayout& source : destination.sources) strip(source);
     }
 }
 

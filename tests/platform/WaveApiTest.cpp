@@ -112,18 +112,18 @@ TEST_F(WaveApi, CapabilityReadsCheckTheRecordSizeAndTheId)
 
 TEST_F(WaveApi, OddDeviceListsAreReportedAsSet)
 {
-    loopback::DeviceSpec modem;
+    loopback::DeviceTraits modem;
     modem.name = "Generic Soft Modem";
-    loopback::DeviceSpec audigy;
+    loopback::DeviceTraits audigy;
     audigy.name = "Sound Blaster Audigy 2 ZS Platinum Pro";  // longer than 31
     audigy.mid = 2;
     audigy.pid = 104;
     audigy.driverVersion = 0x0503;
-    loopback::DeviceSpec silent;
+    loopback::DeviceTraits silent;
     silent.name = "No Formats";
     silent.formats = 0;
     silent.support = 0;
-    loopback::DeviceSpec broken;
+    loopback::DeviceTraits broken;
     broken.capsResult = MMSYSERR_NOMEM;
     loopback::setOutputDevices({modem, audigy, silent, broken});
     loopback::setInputDevices({});

@@ -177,7 +177,7 @@ TEST_F(WindowLife, WithoutAnInputDeviceOnlyExitAndAboutWorkAndNothingIsStored)
 
 TEST_F(WindowLife, AnEightBitOutputKeepsTheSettingsButGetsNoClampInfoOrSignal)
 {
-    loopback::DeviceSpec eightBit;
+    loopback::DeviceTraits eightBit;
     eightBit.formats = mm::WAVE_FORMAT_4M08;
     loopback::setOutputDevices({eightBit});
     store({{"txtFrequency1", "5"}, {"txtPercent", "30"}});
@@ -191,15 +191,15 @@ TEST_F(WindowLife, AnEightBitOutputKeepsTheSettingsButGetsNoClampInfoOrSignal)
 
 // ---- The Info page ---------------------------------------------------------
 
-loopback::DeviceSpec device(const char* name, mm::DWORD support)
+loopback::DeviceTraits device(const char* name, mm::DWORD support)
 {
-    loopback::DeviceSpec spec;
-    spec.name = name;
-    spec.formats = mm::WAVE_FORMAT_4S16;
-    spec.support = support;
-    spec.mid = 4;
-    spec.pid = 77;
-    return spec;
+    loopback::DeviceTraits layout;
+    layout.name = name;
+    layout.formats = mm::WAVE_FORMAT_4S16;
+    layout.support = support;
+    layout.mid = 4;
+    layout.pid = 77;
+    return layout;
 }
 
 TEST_F(WindowLife, TheInfoPageDescribesBothDevicesAndTheMixer)
