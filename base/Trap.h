@@ -88,6 +88,11 @@ public:
     bool leaving() const { return leaving_; }
     // Makes the remaining steps do nothing, as a normal early return would.
     void leave() { leaving_ = true; }
+    // Leaves when a called procedure has set the error flag.
+    void leaveOnError(const ErrorFlag& bError)
+    {
+        if (bError) leave();
+    }
 
     std::string_view module() const { return module_; }
     std::string_view procedure() const { return procedure_; }

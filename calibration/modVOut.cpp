@@ -37,7 +37,6 @@ constexpr float kVOutResolution = 0.01f;
 constexpr float kFallNeeded = 0.005f;
 constexpr float kMeasuringFrequency = 1000;
 // The output level bar runs 0 (loudest) to this; a bar step is two level steps.
-constexpr std::int32_t kOutLevelBarMax = 32767;
 
 // A calibration text as volts: the user's form, else the locale-independent
 // form; 0 when it is neither or beyond a 32-bit float.
@@ -56,13 +55,13 @@ void mVOutCalibrateSetUpVMax(std::int32_t lLevel, ErrorFlag& bError)
     trap.step([&] { gWaveOutSetShape("Sine"); });
     trap.step([&] {
         gWaveOutSetFrequency1SweepBurst(kMeasuringFrequency, 0, 0, kFalse, kFalse, 0, 0, 0, bError);
-        if (bError) trap.leave();
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         rt::SampleArray samples;
         rt::SampleArray noRecording;
         glWaveOutOpenPrepMakeUpdate(0, samples, noRecording, bError);
-        if (bError) trap.leave();
+        trap.leaveOnError(bError);
     });
     trap.step([&] { gMixerOutMasterSetLevel(lLevel, bError); });
 }
@@ -188,7 +187,7 @@ std::string gsVOutLevelCaption(std::int32_t lOutLevelBar, const std::string& sVO
         const float voutMax = mfVolts(sVOutMax);
         const float vout2 = mfVolts(sVOut2);
         if (!gbVOutMaxValidActive(voutMax, vout2, bError)) return;
-        const std::int32_t step = 2 * (kOutLevelBarMax - lOutLevelBar);
+        const std::int32_t step = glMixerLevelOfBar(lOutLevelBar);
         const float volts = gfStep2VOut(step, voutMax, vout2, bError);
         if (bError) return;
         caption += "  " + rt::formatNumber(volts, gsGFormat(volts, bError)) + " (V) ";

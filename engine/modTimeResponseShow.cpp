@@ -65,7 +65,7 @@ std::int16_t gnTimeResponseShowInitClsDrawAxis(ui::PlotSurface& plot, std::int16
     std::int16_t nResult = 0;
     trap.step([&] {
         nResult = gnTimeResponseInit(plot, nLeft, nTop, nWidth, nHeight, bError);
-        if (bError) trap.leave();
+        trap.leaveOnError(bError);
     });
     trap.step([&] { gTimeResponseShowClsDrawAxis(bError); });
     return nResult;

@@ -33,5 +33,8 @@ void gTimeResponseShowClsDrawAxis(ErrorFlag& bError);
 // line starts on the zero line; otherwise width / (n - 1) apart, starting
 // with a line up to the first sample. Long arrays are thinned to about one
 // point every 5 units (at least every 5th sample), always ending on the last.
+// The full scale of a 16-bit signal drawn at its true size.
+inline constexpr float kTimeResponseFullScale = 32767.0F;
+
 void gTimeResponseShow(const rt::SampleArray& nSamples, Bool16 bSpanByCount, float sngFullScale,
                        std::int32_t lColour, ErrorFlag& bError);

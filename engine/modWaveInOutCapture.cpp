@@ -44,11 +44,11 @@ void gWaveInOpenPrepare(std::int16_t nCount, std::int32_t lSampleRate, std::int1
         // An input left open by a failed measurement is closed first.
         if (input.handle == 0) return;
         gWaveInClose(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         mWaveIOSetFormatEx(lSampleRate, nBits, input.format, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     mOpenPrepareSteps(trap, kInputCalls, input, nCount, lBytes, bError);
 }
@@ -59,7 +59,7 @@ void gWaveInRecordOpen(std::int32_t lSampleRate, std::int16_t nBits, std::int32_
     rt::Trap trap(kModule, "gWaveInRecordOpen", bError);
     trap.step([&] {
         gWaveInOpenPrepare(2, lSampleRate, nBits, lBytes, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     for (std::int16_t i = 1; i <= 2 && !trap.leaving(); ++i) {
         trap.step([&] {
@@ -118,7 +118,7 @@ void gWaveInClose(ErrorFlag& bError)
     trap.step([&] { mbWaveOk(trap, mm::waveInReset(inputHandle()), Direction::In, bError); });
     trap.step([&] {
         mWaveInUnPrepareFree(input.headers, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mbWaveOk(trap, mm::waveInClose(inputHandle()), Direction::In, bError); });
     input.handle = 0;

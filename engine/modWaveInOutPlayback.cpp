@@ -215,7 +215,7 @@ void mWaveOutOpenPrepare(std::int16_t nCount, ErrorFlag& bError)
         // is closed first, so its headers are never redimensioned under it.
         if (gState.output.handle == 0) return;
         gWaveOutClose(kTrue, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     mOpenPrepareSteps(trap, kOutputCalls, gState.output, nCount, kOutputBlockBytes, bError);
 }
@@ -258,13 +258,13 @@ void mWaveOutUpdate(std::int32_t lLoops, Bool16 bReset, rt::SampleArray& anRecor
         // buffer that was never waited for, is taken back by a reset: a
         // header being played is never refilled.
         mbWaveOutDoneHdrPtr(output.currentHdr, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
         if (!trap.leaving() && mbHeldByDevice(output.headers.at(output.currentHdr)))
             mbWaveOk(trap, mm::waveOutReset(outputHandle()), Direction::Out, bError);
     });
     trap.step([&] {
         mWaveOutLoadSetHdr(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     // The header playing now finishes its pass and the new one follows it.
     trap.step([&] { mbWaveOk(trap, mm::waveOutBreakLoop(outputHandle()), Direction::Out, bError); });
@@ -278,7 +278,7 @@ void mWaveOutUpdate(std::int32_t lLoops, Bool16 bReset, rt::SampleArray& anRecor
         if (!mbHasElements(anRecord)) return;
         lBytes = rt::toInt32(input.bits / 8.0 * anRecord.size());
         gWaveInRecordOpen(input.sampleRate, input.bits, lBytes, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         gWaveOutPlay(lLoops, output.currentHdr, output.currentHdr, toBool16(lBytes >= 1), bError);
@@ -328,11 +328,11 @@ std::int32_t glWaveOutOpenPrepMakeUpdate(std::int32_t lLoops, rt::SampleArray& a
     rt::Trap trap(kModule, "glWaveOutOpenPrepMakeUpdate", bError);
     trap.step([&] {
         lSampleRate = glWaveOutMakeSetFormatEx(16, anSamples, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         mWaveOutOpenPrepare(2, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         if (!mbHasElements(anRecord)) return;
@@ -354,7 +354,7 @@ void gWaveOutMakeUpdate(std::int32_t lLoops, Bool16 bReset, rt::SampleArray& anS
     trap.step([&] {
         lOpenRate = static_cast<std::int32_t>(gState.output.format.nSamplesPerSec);
         lMadeRate = glWaveOutMake(anSamples, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         // A closed output (after a close that left the format behind), or
@@ -388,7 +388,7 @@ void gWaveOutMakeLoadSetHdr(rt::SampleArray& anSamples, ErrorFlag& bError)
     rt::Trap trap(kModule, "gWaveOutMakeLoadSetHdr", bError);
     trap.step([&] {
         glWaveOutMake(anSamples, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mWaveOutLoadSetHdr(bError); });
 }
@@ -437,7 +437,7 @@ void gWaveOutClose(Bool16 bReset, ErrorFlag& bError)
             mbWaveOk(trap, mm::waveOutReset(outputHandle()), Direction::Out, bError);
         } else if (output.currentHdr >= 1) {
             gbWaveOutDone(bError);
-            leaveOnError(trap, bError);
+            trap.leaveOnError(bError);
         }
     });
     trap.step([&] {
@@ -449,7 +449,7 @@ void gWaveOutClose(Bool16 bReset, ErrorFlag& bError)
     });
     trap.step([&] {
         mWaveOutUnPrepareFree(output.headers, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mbWaveOk(trap, mm::waveOutClose(outputHandle()), Direction::Out, bError); });
     output.handle = 0;

@@ -92,11 +92,6 @@ inline constexpr WaveCalls kInputCalls{Direction::In, mm::waveInOpen, mm::waveIn
 inline mm::HWAVEOUT outputHandle() { return static_cast<mm::HWAVEOUT>(gState.output.handle); }
 inline mm::HWAVEIN inputHandle() { return static_cast<mm::HWAVEIN>(gState.input.handle); }
 
-inline void leaveOnError(rt::Trap& trap, const ErrorFlag& bError)
-{
-    if (bError) trap.leave();
-}
-
 }  // namespace waveio
 
 // ---- Private procedures the parts share ----------------------------------------

@@ -122,7 +122,7 @@ std::int32_t glWaveOutMakeSetFormatEx(std::int16_t nBits, rt::SampleArray& anSam
     rt::Trap trap(kModule, "glWaveOutMakeSetFormatEx", bError);
     trap.step([&] {
         lSampleRate = glWaveOutMake(anSamples, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mWaveIOSetFormatEx(lSampleRate, nBits, gState.output.format, bError); });
     return lSampleRate;
@@ -397,13 +397,13 @@ std::int32_t glWaveOutMakeSweep(std::int32_t lSampleRate, ErrorFlag& bError)
     });
     trap.step([&] {
         lEnd = mlWaveOutMakeOneSweep(kTrue, lSampleRate, fStep, fSamplesPerStep, 1, fPhase, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         if (!generator.bidirectional) return;
         lEnd = mlWaveOutMakeOneSweep(kFalse, lSampleRate, fStep, fSamplesPerStep,
                                      rt::toInt32(lEnd + 1.0), fPhase, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         // The closing segment ends on a whole cycle, so the sweep loops cleanly.
@@ -420,7 +420,7 @@ std::int32_t glWaveOutMakeSweep(std::int32_t lSampleRate, ErrorFlag& bError)
         }
         mWaveOutMakeOneFrequency(frequency, lSampleRate, start, end, fPhase, bError);
         lEnd = end;
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         while (generator.samples.get(lEnd) > 0) --lEnd;
@@ -490,14 +490,14 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError)
             const float highest = std::max(frequency1, generator.frequency2);
             lSampleRate = std::min(rt::toInt32(kSweepRatePerHertz * highest), deviceRate);
             lLength = glWaveOutMakeSweep(lSampleRate, bError);
-            leaveOnError(trap, bError);
+            trap.leaveOnError(bError);
             return;
         }
         burst = generator.burstCycles > 0;
         tone = !burst;
         if (tone && generator.preciseLoop) {
             lLength = mlWaveOutMakePreciseLoop(lSampleRate, frequency1, bError);
-            leaveOnError(trap, bError);
+            trap.leaveOnError(bError);
             return;
         }
         if (burst) {
@@ -512,7 +512,7 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError)
         }
         float fPhase = 0;
         mWaveOutMakeOneFrequency(frequency1, lSampleRate, 1, lLength, fPhase, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         if (!burst) return;

@@ -8,7 +8,6 @@
 namespace {
 
 constexpr const char* kModule = "modWavePolarity";
-constexpr float kFullScale = 32767;
 
 }  // namespace
 
@@ -18,7 +17,7 @@ void gWavePolarity(float fFrequency, float fBurstCycles, std::int32_t lBurstPeri
     rt::SampleArray anSamples;
     rt::Trap trap(kModule, "gWavePolarity", bError);
     const auto stopOnError = [&] {
-        if (bError) trap.leave();
+        trap.leaveOnError(bError);
     };
     trap.step([&] {
         if (!bClearPlot) return;
@@ -37,5 +36,5 @@ void gWavePolarity(float fFrequency, float fBurstCycles, std::int32_t lBurstPeri
         gWaveOutChange("Open", 1, kTrue, kTrue, anSamples, anRecord, bError);
         stopOnError();
     });
-    trap.step([&] { gTimeResponseShow(anRecord, kTrue, kFullScale, ui::kColourYellow, bError); });
+    trap.step([&] { gTimeResponseShow(anRecord, kTrue, kTimeResponseFullScale, ui::kColourYellow, bError); });
 }

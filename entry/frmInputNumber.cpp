@@ -252,7 +252,7 @@ std::string gsInputNumberDialog(InputNumber& request)
     frmInputNumber form(QApplication::activeWindow());
     trap.step([&] {
         form.Load(request, bError);
-        if (bError) trap.leave();  // not shown
+        trap.leaveOnError(bError);  // not shown
     });
     trap.step([&] {
         form.exec();

@@ -485,7 +485,7 @@ Bool16 gbMixerThereInit(std::string& sReport, ErrorFlag& bError)
         sReport = "Mixer Count: " + std::to_string(count);
         mListMixers(count, sReport, bError);
         sReport += "Info on Mixer 0 follows" + kCrLf + kCrLf;
-        if (bError) trap.leave();
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         result = mixerGetDevCapsA(0, &caps, kWalkCapsSize);

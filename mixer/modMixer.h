@@ -29,6 +29,12 @@ enum MixerSlot : std::int16_t {
 // The table entry a slot uses.
 constexpr std::int32_t slotEntry(std::int16_t nSlot) { return nSlot - 1; }
 
+// The window's level bars run from 0 at the top (full level) to
+// kLevelBarBottom (silent); a bar's position sets the mixer level
+// (kLevelBarBottom - position) x 2, 65534 at the top and 0 at the bottom.
+inline constexpr std::int32_t kLevelBarBottom = 32767;
+constexpr std::int32_t glMixerLevelOfBar(std::int32_t lBarValue) { return (kLevelBarBottom - lBarValue) * 2; }
+
 // One value request per slot: empty (every field 0) while its control has
 // not been found, else the request the walk read the value with, pointing at
 // the slot's value cell gaMixerValue(slot - 1)[1].

@@ -13,6 +13,7 @@
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
 #include "controls/VScrollBar.h"
+#include "mixer/modMixer.h"
 #include "platform/Forms.h"
 
 namespace {
@@ -25,7 +26,6 @@ const char* const kVoltsTip =
 const char* const kSymmetryTip = "Changing '(%)' alters the waveform's symmetry";
 
 constexpr int kNumberBoxWidth = 80;
-constexpr int kLevelMax = 32767;
 
 QWidget* row(std::initializer_list<QWidget*> widgets)
 {
@@ -157,9 +157,9 @@ QWidget* frmWavelark::makeLevelPanel()
     lblOutLevel->setBuddy(vsbOutLevel);
     lblInLevel->setBuddy(vsbInLevel);
     for (ui::VScrollBar* bar : {vsbOutLevel, vsbInLevel}) {
-        bar->setRange(0, kLevelMax);  // 0 at the top is full level
-        bar->setSingleStep(kLevelMax / 100);
-        bar->setPageStep(kLevelMax / 10);
+        bar->setRange(0, kLevelBarBottom);  // 0 at the top is full level
+        bar->setSingleStep(kLevelBarBottom / 100);
+        bar->setPageStep(kLevelBarBottom / 10);
         bar->setValue(16384);
         bar->setMinimumHeight(140);
     }

@@ -170,7 +170,6 @@ private:
 
     // Makes the rest of a trapped procedure do nothing once a call it made
     // has set the error flag.
-    static void leaveOnError(rt::Trap& trap, ErrorFlag bError);
     // A box's text as a 32-bit float ("Type mismatch" when it is no number).
     static float singleOf(const ui::TextBox* box);
 

@@ -11,18 +11,17 @@
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
 #include "controls/VScrollBar.h"
+#include "mixer/modMixer.h"
 #include "window/frmWavelark.h"
 
 namespace {
-
-constexpr int kLevelMax = 32767;
 
 QString withoutAccelerator(QString caption) { return caption.remove('&'); }
 
 // The level a bar stands at in per cent of full: 0 (the top) is 100 %.
 int levelPercent(const ui::VScrollBar* bar)
 {
-    return static_cast<int>((kLevelMax - bar->value()) * 100.0 / kLevelMax + 0.5);
+    return static_cast<int>((kLevelBarBottom - bar->value()) * 100.0 / kLevelBarBottom + 0.5);
 }
 
 }  // namespace

@@ -24,7 +24,6 @@
 namespace {
 
 constexpr std::int32_t kBurstPeriodMax = 2000;  // ms
-constexpr float kFullScale = 32767;
 
 }  // namespace
 
@@ -49,7 +48,7 @@ void frmWavelark::mSetBurstPeriodUpDown(ErrorFlag& bError)
     std::int32_t periodMin = 1;
     trap.step([&] {
         periodMin = mlBurstPeriodMin(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         // A period below the new minimum is raised to it rather than refused.
@@ -79,7 +78,7 @@ void frmWavelark::chkBurstAuto_Click()
     trap.step([&] {
         if (repeatOff) {
             gWaveOutClose(kFalse, bError);
-            leaveOnError(trap, bError);
+            trap.leaveOnError(bError);
         }
     });
     // The looped buffer holds one burst and the silence up to the period.
@@ -121,7 +120,7 @@ void frmWavelark::cmdBurstFire_Click()
         // The recording alone, on a cleared plot.
         ErrorFlag bShown = kFalse;
         gTimeResponseShowClsDrawAxis(bShown);
-        gTimeResponseShow(anRecord, kTrue, kFullScale, ui::kColourYellow, bShown);
+        gTimeResponseShow(anRecord, kTrue, kTimeResponseFullScale, ui::kColourYellow, bShown);
         lblInLevel->setForeColor(ui::kColourYellow);
     });
     trap.step([&] { anRecord.redim(0, 0); });

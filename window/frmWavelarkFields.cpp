@@ -201,14 +201,14 @@ void frmWavelark::txtFrequency1Changed(float, ErrorFlag& bError)
     rt::Trap trap(kModule, "txtFrequency1_Change", bError);
     trap.step([&] {
         mTriangleMarkEnable(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mShowSweepTab(); });
     trap.step([&] {
         // The period's minimum follows the frequency; the period itself is
         // the user's and is not raised by a frequency typed on the way.
         const std::int32_t periodMin = mlBurstPeriodMin(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
         if (!bError && updBurstPeriod->value() >= periodMin) updBurstPeriod->setMin(periodMin);
     });
     trap.step([&] { mWaveOutChangeShow("", mbLongPass(), bError); });
@@ -219,7 +219,7 @@ void frmWavelark::txtFrequency2Changed(float, ErrorFlag& bError)
     rt::Trap trap(kModule, "txtFrequency2_Change", bError);
     trap.step([&] {
         mTriangleMarkEnable(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mSetFrequency1SweepBurstMakeUpdate(bError); });
 }
@@ -229,7 +229,7 @@ void frmWavelark::txtSweepDurationChanged(float, ErrorFlag& bError)
     rt::Trap trap(kModule, "txtDuration_Change", bError);
     trap.step([&] {
         mSetFrequency1SweepBurst(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mWaveOutChangeShow("", mbLongPass(), bError); });
 }
@@ -241,7 +241,7 @@ void frmWavelark::txtBurstCyclesChanged(float, ErrorFlag& bError)
         // More cycles may need a longer period: the up-down takes the new
         // minimum before the burst is remade.
         mSetBurstPeriodUpDown(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mWaveOutChangeShow("", mbLongPass(), bError); });
 }
@@ -264,7 +264,7 @@ void frmWavelark::txtPercentChanged(float value, ErrorFlag& bError)
     });
     trap.step([&] {
         mSweepFrequencyLoEnableUpdate(true, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mEnableDisableWaveMenu(bError); });
 }

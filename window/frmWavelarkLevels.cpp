@@ -12,10 +12,6 @@
 
 namespace {
 
-constexpr std::int32_t kBarBottom = 32767;
-
-// The mixer level of a bar position: 65534 at the top, 0 at the bottom.
-std::int32_t mixerLevel(std::int16_t barValue) { return (kBarBottom - barValue) * 2; }
 
 }  // namespace
 
@@ -60,7 +56,7 @@ void frmWavelark::levelChange(const char* procedure, const ui::VScrollBar& bar,
                               ErrorFlag& bError)
 {
     rt::Trap trap(kModule, procedure, bError);
-    trap.step([&] { setLevel(mixerLevel(bar.Value()), bError); });
+    trap.step([&] { setLevel(glMixerLevelOfBar(bar.Value()), bError); });
     if (bError) return;
     trap.step([&] { mShowTimeResponse(colour, bError); });
     trap.step([&] { mVOutUpdate(); });

@@ -9,13 +9,8 @@
 #include "controls/SimpleControls.h"
 #include "controls/VScrollBar.h"
 #include "engine/modTimeResponseShow.h"
+#include "mixer/modMixer.h"
 #include "platform/Colours.h"
-
-namespace {
-
-constexpr float kFullScale = 32767;
-
-}  // namespace
 
 std::int16_t frmWavelark::mnTimeResponseInitDrawAxisForm(ErrorFlag& bError)
 {
@@ -37,7 +32,7 @@ void frmWavelark::mShowTimeResponse(std::int32_t colour, ErrorFlag& bError)
     trap.step([&] { lblInLevel->setForeColor(ui::kColourButtonText); });
     trap.step([&] {
         gTimeResponseShowClsDrawAxis(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         if (anSamples.empty()) {
@@ -46,12 +41,12 @@ void frmWavelark::mShowTimeResponse(std::int32_t colour, ErrorFlag& bError)
         }
         // The level bar's top (0) is full level: the plot shows the signal as
         // the card plays it.
-        const float scale = static_cast<float>(kFullScale - vsbOutLevel->value()) / kFullScale;
+        const float scale = static_cast<float>(kLevelBarBottom - vsbOutLevel->value()) / kLevelBarBottom;
         scaled.redim(anSamples.lbound(), anSamples.ubound());
         for (std::int32_t i = anSamples.lbound(); i <= anSamples.ubound(); ++i)
             scaled(i) = rt::toInt16(static_cast<float>(anSamples(i) * scale));
     });
-    trap.step([&] { gTimeResponseShow(scaled, kTrue, kFullScale, colour, bError); });
+    trap.step([&] { gTimeResponseShow(scaled, kTrue, kTimeResponseFullScale, colour, bError); });
 }
 
 void frmWavelark::picPolarity_Click()

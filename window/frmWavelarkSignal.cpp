@@ -26,11 +26,6 @@ constexpr std::int16_t kSweepSteps = 600;
 
 }  // namespace
 
-void frmWavelark::leaveOnError(rt::Trap& trap, ErrorFlag bError)
-{
-    if (bError) trap.leave();
-}
-
 float frmWavelark::singleOf(const ui::TextBox* box) { return rt::toSingleUser(box->control().text()); }
 
 void frmWavelark::mWaveOutChangeShow(const std::string& action, bool reset, ErrorFlag& bError)
@@ -57,7 +52,7 @@ void frmWavelark::mWaveChangeShow(const std::string& action, std::int32_t loops,
     });
     trap.step([&] {
         mSetFrequency1SweepBurst(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         const Bool16 trimForDisplay = toBool16(tabTab->currentIndex() != kBurstPage);
@@ -100,7 +95,7 @@ void frmWavelark::mSetFrequency1SweepBurstMakeUpdate(ErrorFlag& bError)
     rt::Trap trap(kModule, "mSetFrequency1SweepBurstMakeUpdate", bError);
     trap.step([&] {
         mSetFrequency1SweepBurst(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mWaveOutChangeShow("", true, bError); });
 }
@@ -120,7 +115,7 @@ void frmWavelark::mShapeChosen(const char* shape, ErrorFlag& bError)
     trap.step([&] {
         // A new shape is remade and swapped in at once.
         mSweepFrequencyLoEnableUpdate(true, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mEnableDisableWaveMenu(bError); });
 }
@@ -139,7 +134,7 @@ void frmWavelark::optTriangle_Click()
     trap.step([&] {
         // A triangle may rise over 0 % (a falling ramp) up to 100 %.
         gUpDownSet(updPercent->value(), 100, 0, 1, updPercent->control(), bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mShapeChosen("Triangle", bError); });
 }
@@ -158,7 +153,7 @@ void frmWavelark::optMarkSpace_Click()
     });
     trap.step([&] {
         gUpDownSet(percent, 99, 1, 1, updPercent->control(), bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mShapeChosen("MarkSpace", bError); });
 }
@@ -180,7 +175,7 @@ void frmWavelark::chkMute_Click()
     std::string action;
     trap.step([&] {
         mSetFrequency1SweepBurst(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] {
         if (chkMute->value() == 0) {
@@ -189,13 +184,13 @@ void frmWavelark::chkMute_Click()
         } else {
             // Mute stops the sound by closing the output, not through the mixer.
             gWaveOutClose(kTrue, bError);
-            leaveOnError(trap, bError);
+            trap.leaveOnError(bError);
             action = "Make";
         }
     });
     trap.step([&] {
         mWaveChangeShow(action, 0, false, bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     // The signal was just made: the enabling only rebuilds the header.
     trap.step([&] { mSweepFrequencyLoEnableUpdate(false, bError); });
@@ -224,7 +219,7 @@ void frmWavelark::chkSweep_Click()
     const bool sweep = chkSweep->value() != 0;
     trap.step([&] {
         mTriangleMarkEnable(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { mShowSweepTab(); });
     trap.step([&] { mFreq2DurationLogLinBiEnable(sweep); });

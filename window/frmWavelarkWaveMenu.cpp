@@ -115,7 +115,7 @@ void frmWavelark::mWaveMenuShape(const char* procedure, ui::OptionButton* shape,
     trap.step([&] {
         // The other shapes are not offered above a tenth of the maximum.
         mForceNonSineWaveFrequencies(bError);
-        leaveOnError(trap, bError);
+        trap.leaveOnError(bError);
     });
     trap.step([&] { shape->setValue(true); });
     trap.step([&] { txtPercent->control().setText(percent); });
