@@ -9,6 +9,7 @@
 #include "window/frmWavelark.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <QTabWidget>
 
@@ -158,8 +159,11 @@ void frmWavelark::fieldChanged(const FieldRow& row)
         const float max = row.max(*this, bError);
         const float min = row.min(*this, bError);
         // Only a value inside the rule reaches the signal; the leave-check
-        // tells the user about any other.
+        // tells the user about any other. A fraction in a whole-number box
+        // is outside the rule too: passed on, the up-down would round it and
+        // write the rounded value back under the user's typing.
         if (bError || value < min || value > max) return;
+        if (row.whole && value != std::trunc(value)) return;
         (this->*row.changed)(value, bError);
     });
 }

@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QColorDialog>
 #include <QTabWidget>
 #include <QTest>
@@ -22,6 +23,7 @@
 #include "controls/UpDown.h"
 #include "engine/modWaveInOut.h"
 #include "entry/modGetLocaleInfo.h"
+#include "entry/modKeyMouseIncrement.h"
 #include "platform/Colours.h"
 #include "platform/loopback/VirtualCardTesting.h"
 #include "services/modErrorHandler.h"
@@ -191,6 +193,79 @@ TEST_F(SignalWindow, ATypedFrequencyFollowsThePlayingPassWithoutAGapAndAnEmptyBo
     EXPECT_GT(peakOf(stretch(heard, -20, 20).data(), 882), 32000);
     EXPECT_EQ(window.lblOutLevel->foreColor(), ui::kColourGreen);
     EXPECT_TRUE(host.boxes.empty()) << boxTexts();
+}
+
+// A frequency copied from a data sheet is pasted, in the full-stop and the
+// comma locale alike: junk changes nothing and is held at the leave-check,
+// a number plays at once; an emptied box steps on from its limit.
+TEST_F(SignalWindow, PastedFrequenciesPlayOnlyOnceTheyAreNumbersInBothLocales)
+{
+    unmute();
+    for (const char* point : {".", ","}) {
+        host.decimalChar = point;
+        const QString decimal = QString::fromLatin1(point);
+        window.txtFrequency1->control().setText("1000");
+        settle();
+        played();
+
+        QApplication::clipboard()->setText("12abc");
+        window.txtFrequency1->setFocus();
+        QTest::keyClick(window.txtFrequency1, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(window.txtFrequency1, Qt::Key_V, Qt::ControlModifier);
+        ASSERT_EQ(window.txtFrequency1->text(), "12abc") << point;
+        play(150);
+        EXPECT_NEAR(frequencyOf(stretch(played(), -100, 100)), 1000, 1) << "junk changes nothing";
+        QTest::keyClick(window.txtFrequency1, Qt::Key_Tab);
+        settle();
+        ASSERT_EQ(host.boxes.size(), 1u) << boxTexts();
+        EXPECT_EQ(host.boxes[0].text.rfind("In the range  10 to ", 0), 0u) << boxTexts();
+        EXPECT_EQ(QApplication::focusWidget(), window.txtFrequency1) << "the box keeps the focus";
+        host.boxes.clear();
+
+        QApplication::clipboard()->setText("1234" + decimal + "5");
+        QTest::keyClick(window.txtFrequency1, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(window.txtFrequency1, Qt::Key_V, Qt::ControlModifier);
+        settle();
+        play(300);
+        EXPECT_NEAR(frequencyOf(stretch(played(), -150, 150)), 1234.5, 0.5) << point;
+        EXPECT_EQ(window.lblOutLevel->foreColor(), ui::kColourGreen);
+
+        window.txtFrequency1->selectAll();
+        QTest::keyClick(window.txtFrequency1, Qt::Key_Backspace);
+        QTest::keyClick(window.txtFrequency1, Qt::Key_Up);
+        QTest::keyClick(window.txtFrequency1, Qt::Key_Up);
+        gKeyMouseIncrementEnd();
+        settle();
+        const QString stepped = window.txtFrequency1->text();
+        EXPECT_TRUE(stepped.startsWith("10" + decimal)) << stepped.toStdString();
+        EXPECT_GT(stepped.mid(3).toDouble(), 0) << "the second Up stepped on from the limit";
+        EXPECT_TRUE(host.boxes.empty()) << boxTexts();
+    }
+}
+
+// The key filter keeps the decimal character out of a whole-number box; a
+// pasted fraction stays as pasted (never rounded under the user's eyes by
+// the box's up-down) and is refused on leaving.
+TEST_F(SignalWindow, AFractionPastedIntoTheBurstPeriodIsRefusedInBothLocales)
+{
+    showBurstPage();
+    for (const char* point : {".", ","}) {
+        host.decimalChar = point;
+        const std::string fraction = std::string("12") + point + "7";
+        window.txtBurstPeriod->control().setText("100");
+        window.txtBurstPeriod->setFocus();
+        QApplication::clipboard()->setText(QString::fromStdString(fraction));
+        QTest::keyClick(window.txtBurstPeriod, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(window.txtBurstPeriod, Qt::Key_V, Qt::ControlModifier);
+        EXPECT_EQ(window.txtBurstPeriod->text().toStdString(), fraction);
+        EXPECT_EQ(window.updBurstPeriod->value(), 100);
+        QTest::keyClick(window.txtBurstPeriod, Qt::Key_Tab);
+        settle();
+        ASSERT_EQ(host.boxes.size(), 1u) << fraction << boxTexts();
+        EXPECT_EQ(host.boxes[0].text.rfind("In the range  ", 0), 0u) << boxTexts();
+        EXPECT_EQ(QApplication::focusWidget(), window.txtBurstPeriod);
+        host.boxes.clear();
+    }
 }
 
 TEST_F(SignalWindow, MutedChangesOnlyMakeTheSignalAndUnmutingPlaysIt)
