@@ -183,41 +183,6 @@ protected:
     }
 };
 
-TEST_F(WholeBuffers, TonesAndBurstsOfEveryShapeAndBothAmplitudes)
-{
-    for (const char* shape : {"Sine", "Triangle", "MarkSpace"}) {
-        for (const Bool16 invert : {kFalse, kTrue}) {
-            SCOPED_TRACE(testing::Message() << shape << " " << invert);
-            gWaveOutSetShape(shape);
-            gWaveOutSetPercent(37);
-            gWaveOutSetInvert(invert);
-            for (const float f :
-                 {10.0f, 20.0f, 99.9f, 1000.0f, 1234.5f, 6000.0f, 15432.1f, 20000.0f}) {
-                settings(f);
-                expectSameBothWays();
-            }
-            settings(1000, 0, 0, false, false, 0, 10, 100);
-            expectSameBothWays();
-        }
-    }
-}
-
-TEST_F(WholeBuffers, SweepsCarryTheirPhaseIdenticallyThroughEveryStep)
-{
-    gWaveOutSetShape("Sine");
-    settings(20, 20000, 5, true, true, 600);
-    expectSameBothWays();
-    settings(20000, 20, 5, false, false, 600);
-    expectSameBothWays();
-    gWaveOutSetInvert(kTrue);
-    settings(20, 20000, 5, true, false, 600);
-    expectSameBothWays();
-    gWaveOutSetShape("Triangle");
-    gWaveOutSetPercent(30);
-    settings(20, 2000, 5, true, true, 600);
-    expectSameBothWays();
-}
-
 TEST_F(WholeBuffers, PreciseLoopsOfEveryShapeAndBothAmplitudes)
 {
     gWaveOutSetPreciseLoop(kTrue);
