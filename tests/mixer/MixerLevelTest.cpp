@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/HostServices.h"
-#include "platform/WaveApi.h"
+#include "tests/support/CardStreams.h"
 #include "tests/support/SignalMeasure.h"
 #include "tests/mixer/MixerTestSupport.h"
 
@@ -143,35 +143,17 @@ TEST(MixerOnAPlayingCard, TheMasterLevelReachesWhatTheCardPlays)
     ErrorFlag error = kFalse;
     ASSERT_EQ(gbMixerThereInit(report, error), kTrue);
 
-    const WAVEFORMATEX format = pcmFormat(44100);
-    HWAVEOUT output = 0;
-    HWAVEIN input = 0;
-    ASSERT_EQ(waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
-    ASSERT_EQ(waveInOpen(&input, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
-    std::vector<std::int16_t> level(441, 32000);
-    WAVEHDR header;
-    header.lpData = reinterpret_cast<char*>(level.data());
-    header.dwBufferLength = static_cast<DWORD>(level.size() * 2);
-    ASSERT_EQ(waveOutPrepareHeader(output, &header, sizeof header), MMSYSERR_NOERROR);
-    headerSetFlags(header, WHDR_BEGINLOOP | WHDR_ENDLOOP, 0);
-    header.dwLoops = 2000000000;
-    ASSERT_EQ(waveOutWrite(output, &header, sizeof header), MMSYSERR_NOERROR);
+    testing_support::Player player;
+    player.play(0, std::vector<std::int16_t>(441, 32000), testing_support::kForever);
 
     // What the input hears, starting well after the last change: the card
     // applies the gains when it plays, and hears its output 20 ms late.
     auto heardPeak = [&] {
         host::sleep(50);
-        std::vector<std::int16_t> heard(441);
-        WAVEHDR record;
-        record.lpData = reinterpret_cast<char*>(heard.data());
-        record.dwBufferLength = static_cast<DWORD>(heard.size() * 2);
-        EXPECT_EQ(waveInPrepareHeader(input, &record, sizeof record), MMSYSERR_NOERROR);
-        EXPECT_EQ(waveInAddBuffer(input, &record, sizeof record), MMSYSERR_NOERROR);
-        EXPECT_EQ(waveInStart(input), MMSYSERR_NOERROR);
-        for (int waited = 0; !(headerFlags(record) & WHDR_DONE) && waited < 10000; ++waited) host::sleep(1);
-        EXPECT_TRUE(headerFlags(record) & WHDR_DONE);
-        waveInStop(input);
-        waveInUnprepareHeader(input, &record, sizeof record);
+        testing_support::Recorder recorder(44100, 441);
+        recorder.start();
+        EXPECT_TRUE(recorder.waitFull(10000));
+        const auto heard = recorder.samples();
         return testing_support::peakOf(heard.data(), heard.size());
     };
     EXPECT_EQ(heardPeak(), 32000);
@@ -181,12 +163,6 @@ TEST(MixerOnAPlayingCard, TheMasterLevelReachesWhatTheCardPlays)
     gMixerInMicSetLevel(32768, error);
     EXPECT_NEAR(heardPeak(), 16000.0, 1.0);
     EXPECT_EQ(error, kFalse);
-
-    waveInReset(input);
-    waveInClose(input);
-    waveOutReset(output);
-    waveOutUnprepareHeader(output, &header, sizeof header);
-    waveOutClose(output);
 }
 
 }  // namespace

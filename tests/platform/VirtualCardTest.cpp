@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <vector>
 
 #include "platform/HostServices.h"
 #include "platform/WaveApi.h"
 #include "platform/loopback/VirtualCardTesting.h"
+#include "tests/support/CardStreams.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/SignalMeasure.h"
 #include "tests/support/VirtualCardSession.h"
@@ -17,101 +17,6 @@ namespace {
 
 using namespace mm;
 using namespace testing_support;
-
-constexpr DWORD kForever = 2000000000;
-
-// An open output with its own sample buffers.
-class Player {
-public:
-    explicit Player(DWORD rate = 44100)
-    {
-        const WAVEFORMATEX format = pcmFormat(rate);
-        EXPECT_EQ(waveOutOpen(&handle, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
-    }
-    ~Player()
-    {
-        waveOutReset(handle);
-        for (auto& slot : slots_) waveOutUnprepareHeader(handle, &slot.header, sizeof(WAVEHDR));
-        EXPECT_EQ(waveOutClose(handle), MMSYSERR_NOERROR);
-    }
-
-    // Queues `samples`, looped `loops` times, in buffer `slot` (0 or 1).
-    WAVEHDR& play(int slot, const std::vector<std::int16_t>& samples, DWORD loops)
-    {
-        Slot& s = slots_[slot];
-        s.samples = samples;
-        s.header = WAVEHDR{};
-        s.header.lpData = reinterpret_cast<char*>(s.samples.data());
-        s.header.dwBufferLength = static_cast<DWORD>(s.samples.size() * 2);
-        EXPECT_EQ(waveOutPrepareHeader(handle, &s.header, sizeof(WAVEHDR)), MMSYSERR_NOERROR);
-        headerSetFlags(s.header, WHDR_BEGINLOOP | WHDR_ENDLOOP, 0);
-        s.header.dwLoops = loops;
-        EXPECT_EQ(waveOutWrite(handle, &s.header, sizeof(WAVEHDR)), MMSYSERR_NOERROR);
-        return s.header;
-    }
-
-    HWAVEOUT handle = 0;
-
-private:
-    struct Slot {
-        std::vector<std::int16_t> samples;
-        WAVEHDR header;
-    };
-    Slot slots_[2];
-};
-
-// An open input recording one buffer of `frames` frames.
-class Recorder {
-public:
-    Recorder(DWORD rate, std::size_t frames, WORD bits = 16)
-        : memory_(frames * bits / 8), bits_(bits)
-    {
-        const WAVEFORMATEX format = pcmFormat(rate, bits);
-        EXPECT_EQ(waveInOpen(&handle, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
-        header.lpData = memory_.data();
-        header.dwBufferLength = static_cast<DWORD>(memory_.size());
-        EXPECT_EQ(waveInPrepareHeader(handle, &header, sizeof header), MMSYSERR_NOERROR);
-        EXPECT_EQ(waveInAddBuffer(handle, &header, sizeof header), MMSYSERR_NOERROR);
-    }
-    ~Recorder()
-    {
-        waveInReset(handle);
-        waveInUnprepareHeader(handle, &header, sizeof header);
-        EXPECT_EQ(waveInClose(handle), MMSYSERR_NOERROR);
-    }
-    void start() { EXPECT_EQ(waveInStart(handle), MMSYSERR_NOERROR); }
-
-    // Polls (1 ms sleeps) until the buffer is full, at most `limitMs`.
-    bool waitFull(std::uint32_t limitMs)
-    {
-        const std::uint32_t start = host::tickCount();
-        while (!(headerFlags(header) & WHDR_DONE)) {
-            if (host::tickCount() - start > limitMs) return false;
-            host::sleep(1);
-        }
-        return true;
-    }
-
-    // The recording as 16-bit samples (8-bit ones scaled up).
-    std::vector<std::int16_t> samples() const
-    {
-        std::vector<std::int16_t> out;
-        if (bits_ == 8) {
-            for (char byte : memory_) out.push_back(static_cast<std::int16_t>((static_cast<unsigned char>(byte) - 128) * 256));
-        } else {
-            out.resize(memory_.size() / 2);
-            std::memcpy(out.data(), memory_.data(), out.size() * 2);
-        }
-        return out;
-    }
-
-    HWAVEIN handle = 0;
-    WAVEHDR header;
-
-private:
-    std::vector<char> memory_;
-    WORD bits_;
-};
 
 void sleepMs(std::uint32_t ms)
 {
@@ -126,60 +31,6 @@ protected:
     ScriptedHost host;
     VirtualCardSession card{host};
 };
-
-// ------------------------------------------------------------- change-over
-
-TEST_F(VirtualCard, BreakLoopLandsTheNextBufferExactlyAtTheEndOfThePass)
-{
-    loopback::startTap();
-    {
-        Player player;
-        const auto first = makeTone(300, 3, 8000);   // a pass of 300 samples
-        const auto second = makeTone(200, 1, -12000);
-        player.play(0, first, kForever);
-        sleepMs(37);  // into the sixth pass
-        waveOutBreakLoop(player.handle);
-        player.play(1, second, kForever);
-        sleepMs(20);
-    }
-    const auto tap = loopback::takeTap();
-    ASSERT_EQ(tap.size(), 1u);
-    const auto& played = tap[0].samples;
-    ASSERT_GE(played.size(), 6 * 300 + 2 * 200u);
-    for (std::size_t i = 0; i < 6 * 300; ++i) {
-        ASSERT_EQ(played[i], makeTone(300, 3, 8000)[i % 300]) << "sample " << i;
-    }
-    for (std::size_t i = 0; i < 2 * 200; ++i) {
-        ASSERT_EQ(played[6 * 300 + i], makeTone(200, 1, -12000)[i % 200]) << "new sample " << i;
-    }
-}
-
-TEST_F(VirtualCard, ResetSwapsTheSignalAtOnce)
-{
-    loopback::startTap();
-    {
-        Player player;
-        player.play(0, std::vector<std::int16_t>(10000, 1111), kForever);
-        sleepMs(50);
-        waveOutBreakLoop(player.handle);
-        waveOutReset(player.handle);
-        player.play(1, std::vector<std::int16_t>(100, 2222), kForever);
-        sleepMs(5);
-    }
-    const auto played = loopback::takeTap().at(0).samples;
-    const auto change = std::find(played.begin(), played.end(), 2222) - played.begin();
-    EXPECT_EQ(change, 50 * 441 / 10) << "the new signal starts where the clock stood, mid-pass";
-    EXPECT_EQ(std::count(played.begin(), played.end(), 0), 0) << "no silence in between";
-}
-
-TEST_F(VirtualCard, ALoopCountOfTwoBillionPlaysOnAndOn)
-{
-    Player player;
-    WAVEHDR& header = player.play(0, kTone1k, kForever);
-    sleepMs(3000);
-    EXPECT_FALSE(headerFlags(header) & WHDR_DONE);
-    EXPECT_TRUE(headerFlags(header) & WHDR_INQUEUE);
-}
 
 // ----------------------------------------------------------------- input
 
@@ -197,18 +48,6 @@ TEST_F(VirtualCard, TheInputHearsTheOutputOneLatencyLaterSampleForSample)
     for (std::size_t i = 0; i < heard.size(); ++i) {
         ASSERT_EQ(heard[i], kTone1k[(i + 80 * 441 / 10) % 441]) << "sample " << i;
     }
-}
-
-TEST_F(VirtualCard, TheInputIsSilentBeforeTheOutputPlays)
-{
-    Player player;
-    Recorder recorder(44100, 2205);
-    recorder.start();
-    player.play(0, kTone1k, kForever);
-    ASSERT_TRUE(recorder.waitFull(1000));
-    const auto heard = recorder.samples();
-    const std::size_t onset = onsetIndex(heard.data(), heard.size(), 0);
-    EXPECT_EQ(onset, 20 * 441 / 10 + 1) << "20 ms of silence, then the tone's first non-zero sample";
 }
 
 struct RateCase {
