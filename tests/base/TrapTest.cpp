@@ -61,42 +61,35 @@ protected:
     }
 };
 
-TEST_F(TrapTest, RetryRunsTheFailingStepAgain)
+TEST_F(TrapTest, EachAnswerDecidesWhereTheProcedureGoesOn)
 {
-    gAnswers = {rt::kAnswerRetry, rt::kAnswerRetry};
-    ErrorFlag flag = kFalse;
-    EXPECT_EQ(runThreeSteps(2, flag), (std::vector<int>{1, 2, 2, 2, 3}));
-    EXPECT_EQ(flag, kFalse);
-    ASSERT_EQ(gReports.size(), 2u);
+    struct Case {
+        const char* name;
+        std::deque<std::int16_t> answers;
+        int failures;
+        std::vector<int> ran;
+        ErrorFlag flag;
+    };
+    const Case cases[] = {
+        {"Retry runs the step again", {rt::kAnswerRetry, rt::kAnswerRetry}, 2, {1, 2, 2, 2, 3}, kFalse},
+        {"Ignore goes on with the next step", {rt::kAnswerIgnore}, 1, {1, 2, 3}, kFalse},
+        {"Abort sets the flag and skips the rest", {rt::kAnswerAbort}, 1, {1, 2}, kTrue},
+        {"any other answer leaves without the flag", {1}, 1, {1, 2}, kFalse},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        gAnswers = c.answers;
+        gReports.clear();
+        ErrorFlag flag = kFalse;
+        EXPECT_EQ(runThreeSteps(c.failures, flag), c.ran);
+        EXPECT_EQ(flag, c.flag);
+        ASSERT_EQ(gReports.size(), static_cast<std::size_t>(c.failures));
+    }
     EXPECT_EQ(gReports[0].module, "modTest");
     EXPECT_EQ(gReports[0].procedure, "gThreeSteps");
     EXPECT_EQ(gReports[0].number, rt::kErrOverflow);
     EXPECT_EQ(gReports[0].description, "Overflow");
     EXPECT_GT(gReports[0].line, 0);
-}
-
-TEST_F(TrapTest, IgnoreGoesOnWithTheNextStep)
-{
-    gAnswers = {rt::kAnswerIgnore};
-    ErrorFlag flag = kFalse;
-    EXPECT_EQ(runThreeSteps(1, flag), (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(flag, kFalse);
-}
-
-TEST_F(TrapTest, AbortSetsTheFlagAndSkipsTheRest)
-{
-    gAnswers = {rt::kAnswerAbort};
-    ErrorFlag flag = kFalse;
-    EXPECT_EQ(runThreeSteps(1, flag), (std::vector<int>{1, 2}));
-    EXPECT_EQ(flag, kTrue);
-}
-
-TEST_F(TrapTest, AnyOtherAnswerLeavesWithoutTheFlag)
-{
-    gAnswers = {1};
-    ErrorFlag flag = kFalse;
-    EXPECT_EQ(runThreeSteps(1, flag), (std::vector<int>{1, 2}));
-    EXPECT_EQ(flag, kFalse);
 }
 
 TEST_F(TrapTest, AbortWithoutAnErrorFlagStillLeaves)

@@ -147,6 +147,7 @@ TEST_F(InputNumberDialog, ShowsTheRequestWithItsCaptionsAndTips)
 TEST_F(InputNumberDialog, TheKeyboardAloneEntersANumber)
 {
     const std::string answer = ask(cyclesRequest(), [](frmInputNumber& dialog) {
+        EXPECT_EQ(dialog.lblPrompt->control().text(), "Cycles per burst");
         QTest::keyClicks(dialog.txtNumber, "2.5");  // the shown value is selected
         QTest::keyClick(dialog.txtNumber, Qt::Key_Return);
     });
