@@ -114,7 +114,9 @@ TEST(ToneLoop, IsTheShortestLoopWithinBothErrors)
         SCOPED_TRACE(testing::Message() << c.rate << " " << c.frequency);
         const synth::ToneLoop loop = synth::preciseToneLoop(c.rate, c.frequency, kLongest);
         ASSERT_GE(loop.length, 1);
-        if (c.length != 0) EXPECT_EQ(loop.length, c.length);
+        if (c.length != 0) {
+            EXPECT_EQ(loop.length, c.length);
+        }
         EXPECT_EQ(loop.cycles, std::llround(static_cast<long double>(loop.length) * c.frequency /
                                             c.rate));
         EXPECT_TRUE(closeEnough(c.rate, c.frequency, loop.length));
