@@ -137,32 +137,28 @@ void drawCaptionAfter(const Page& page, const QRect& rect, const QRect& mark, co
                           plainCaption(caption));
 }
 
-void drawCheckBox(const Page& page, const QCheckBox& check)
+// A check box's square, ticked when checked, or an option button's circle,
+// dotted when chosen; then the caption.
+void drawToggle(const Page& page, const QAbstractButton& button, bool round)
 {
-    useStyleOf(page, check);
-    const QRect rect = rectOf(page, check);
+    useStyleOf(page, button);
+    const QRect rect = rectOf(page, button);
     const QRect mark = markOf(page, rect);
-    page.painter.drawRect(mark);
-    if (check.isChecked()) {
-        const QRectF tick = QRectF(mark).adjusted(2, 2, -2, -2);
-        page.painter.drawLine(QPointF(tick.left(), tick.center().y()),
-                              QPointF(tick.center().x() - 1, tick.bottom()));
-        page.painter.drawLine(QPointF(tick.center().x() - 1, tick.bottom()), tick.topRight());
+    if (round) {
+        page.painter.drawEllipse(mark);
+    } else {
+        page.painter.drawRect(mark);
     }
-    drawCaptionAfter(page, rect, mark, check.text());
-}
-
-void drawOptionButton(const Page& page, const QRadioButton& option)
-{
-    useStyleOf(page, option);
-    const QRect rect = rectOf(page, option);
-    const QRect mark = markOf(page, rect);
-    page.painter.drawEllipse(mark);
-    if (option.isChecked()) {
+    if (button.isChecked() && round) {
         page.painter.setBrush(page.painter.pen().color());
         page.painter.drawEllipse(QRectF(mark).adjusted(3, 3, -3, -3));
+    } else if (button.isChecked()) {
+        const QRectF tick = QRectF(mark).adjusted(2, 2, -2, -2);
+        const QPointF bottom(tick.center().x() - 1, tick.bottom());
+        page.painter.drawLine(QPointF(tick.left(), tick.center().y()), bottom);
+        page.painter.drawLine(bottom, tick.topRight());
     }
-    drawCaptionAfter(page, rect, mark, option.text());
+    drawCaptionAfter(page, rect, mark, button.text());
 }
 
 void drawCommandButton(const Page& page, const QPushButton& button)
@@ -248,9 +244,9 @@ void drawControl(const Page& page, const QWidget& widget)
     if (widget.inherits("QMenuBar")) return;
     if (dynamic_cast<const ui::PlotSurface*>(&widget) != nullptr) return drawPlot(page, widget);
     if (const auto* tabs = qobject_cast<const QTabWidget*>(&widget)) return drawTabs(page, *tabs);
-    if (const auto* check = qobject_cast<const QCheckBox*>(&widget)) return drawCheckBox(page, *check);
+    if (const auto* check = qobject_cast<const QCheckBox*>(&widget)) return drawToggle(page, *check, false);
     if (const auto* option = qobject_cast<const QRadioButton*>(&widget))
-        return drawOptionButton(page, *option);
+        return drawToggle(page, *option, true);
     if (const auto* button = qobject_cast<const QPushButton*>(&widget))
         return drawCommandButton(page, *button);
     if (const auto* label = qobject_cast<const QLabel*>(&widget)) return drawLabel(page, *label);
