@@ -8,11 +8,14 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QLineEdit>
+#include <QPrintDialog>
 #include <QPrinter>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTabWidget>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include "controls/TextBox.h"
 #include "services/modGeneral.h"
@@ -139,6 +142,43 @@ TEST_F(PrintedWindow, AFolderThatCannotBeWrittenGivesAClearMessageAndNoFile)
     if (::geteuid() != 0) {
         EXPECT_TRUE(QDir(readOnly).entryList(QDir::Files | QDir::Hidden).isEmpty());
     }
+}
+
+// Ctrl+P through the print dialog, answered when it shows: its output file
+// box (the one holding a path) is pointed at the test's folder, then the
+// dialog is accepted or cancelled.
+TEST_F(PrintedWindow, CtrlPPrintsWhatTheDialogChoosesAndACancelPrintsNothing)
+{
+    const QString pdf = folder.filePath("chosen.pdf");
+    std::vector<QString> shown;  // the output file each dialog offered
+    const auto answerDialog = [&](bool accept) {
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        QTimer::singleShot(0, &window, [&, accept] {
+            auto* dialog = qobject_cast<QPrintDialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr) return;
+            for (auto* box : dialog->findChildren<QLineEdit*>()) {
+                if (!box->text().startsWith('/')) continue;  // the output file's path
+                shown.push_back(box->text());
+                box->setText(pdf);
+            }
+            if (accept) {
+                dialog->accept();
+            } else {
+                dialog->reject();
+            }
+        });
+        QTest::keyClick(&window, Qt::Key_P, Qt::ControlModifier);
+        settle();
+    };
+
+    answerDialog(false);
+    ASSERT_EQ(shown.size(), 1u) << "Ctrl+P opens the print dialog, printing to a file";
+    EXPECT_FALSE(QFile::exists(pdf));
+    answerDialog(true);
+    ASSERT_EQ(shown.size(), 2u);
+    EXPECT_TRUE(textOf(pdf).contains("Frequency 1 (Hz)"));
+    EXPECT_TRUE(host.boxes.empty()) << boxTexts();
 }
 
 }  // namespace
