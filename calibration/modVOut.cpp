@@ -27,7 +27,6 @@ constexpr const char* kMeterNeeded =
     "You will need a meter to measure AC Volts.  Disconnect any load or test unit and connect "
     "the meter across the output.";
 constexpr const char* kNotSuitable = "Sorry - your soundboard is not suitable for calibration";
-constexpr const char* kPlainCaption = "Ou&t";
 
 // The rule of the calibration boxes and of the readings.
 constexpr float kVOutMaxLimit = 99;
@@ -181,7 +180,7 @@ Bool16 gbVOutMaxValidActive(float fVOutMax, float fVOut2, ErrorFlag& bError)
 std::string gsVOutLevelCaption(std::int32_t lOutLevelBar, const std::string& sVOutMax,
                                const std::string& sVOut2, ErrorFlag& bError)
 {
-    std::string caption = kPlainCaption;
+    std::string caption = kVOutPlainCaption;
     rt::Trap trap(kModule, "gsVOutLevelCaption", bError);
     trap.step([&] {
         const float voutMax = mfVolts(sVOutMax);

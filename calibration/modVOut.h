@@ -23,6 +23,8 @@ class Control;
 inline constexpr std::int32_t kVOutReferenceLevel = 49151;
 inline constexpr std::int32_t kVOutInterval = 16383;
 inline constexpr std::int32_t kVOutCheckStep = 255;
+// The output level label's caption when it shows no volts.
+inline constexpr const char* kVOutPlainCaption = "Ou&t";
 
 // The three-step dialogue with the user and the meter, on a 1000 Hz sine
 // that this procedure plays and closes again at the end, however the

@@ -27,10 +27,7 @@ void PictureBox::setBackColor(std::int32_t colour)
 
 QPen PictureBox::pen() const
 {
-    static const Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine,
-                                          Qt::DashDotLine, Qt::DashDotDotLine, Qt::NoPen};
-    const int index = drawStyle_ >= 0 && drawStyle_ <= 5 ? drawStyle_ : 0;
-    return QPen(toQColor(foreColor_), 1, styles[index]);
+    return QPen(toQColor(foreColor_), 1, toPenStyle(drawStyle_));
 }
 
 void PictureBox::cls()

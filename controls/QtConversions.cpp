@@ -112,4 +112,11 @@ std::int16_t buttonCodeOf(Qt::MouseButton button)
     }
 }
 
+Qt::PenStyle toPenStyle(std::int16_t drawStyle)
+{
+    static const Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine,
+                                          Qt::DashDotLine, Qt::DashDotDotLine, Qt::NoPen};
+    return drawStyle >= 0 && drawStyle <= 5 ? styles[drawStyle] : Qt::SolidLine;
+}
+
 }  // namespace ui

@@ -15,6 +15,10 @@ QColor toQColor(std::int32_t colour);
 // A Qt colour as a blue-green-red value.
 std::int32_t fromQColor(const QColor& colour);
 
+// A plot surface's draw style (0 solid, 1 dashed, 2 dotted, 3 dash-dot,
+// 4 dash-dot-dot, 5 invisible) as a Qt pen style; others draw solid.
+Qt::PenStyle toPenStyle(std::int16_t drawStyle);
+
 // The key code of a key event; 0 for a key the handlers have no code for.
 std::int16_t keyCodeOf(const QKeyEvent* event);
 // The character code a key types (KeyAscii): Ctrl with a letter gives the

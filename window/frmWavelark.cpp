@@ -81,6 +81,8 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     makeAccessible();
     connectSignalHandlers();
     connectLifeHandlers();
+    connectCalibrationHandlers();
+    connectPrintHandlers();
 
     ui::addOpenForm(this);
 }

@@ -17,6 +17,7 @@
 class QAction;
 class QCloseEvent;
 class QMenu;
+class QPrinter;
 class QTabWidget;
 
 namespace host {
@@ -158,6 +159,19 @@ public:
     QAction* mnuHelp = nullptr;
     QAction* mnuHAbout = nullptr;
 
+    // ---- Output calibration and printing (frmWavelarkCalibration.cpp,
+    // frmWavelarkPrinting.cpp) ----
+    // Calibrates the output against the user's voltmeter; the signal, the
+    // output level and Mute are as before afterwards, however it ended.
+    void cmdVOutCalibrate_Click();
+    // The print dialog, then the window on one page of the printer chosen.
+    void mnuFiPrint_Click();
+    // The window drawn control by control on one page of the printer, with
+    // the plot redrawn at the printer's resolution and a byline under it.
+    // A file is written whole or not at all; a failure is shown to the user
+    // and sets the error flag.
+    void PrintForm(QPrinter& printer, ErrorFlag& bError);
+
 protected:
     // The title-bar close and the window manager's close.
     void closeEvent(QCloseEvent* event) override;
@@ -270,6 +284,20 @@ private:
                      ErrorFlag& bError);
     void mVOutUpdate();
     void picPolarity_Resize();
+
+    // ---- Output calibration and printing ----
+    void connectCalibrationHandlers();
+    void connectPrintHandlers();
+    // The shape, signal, output level and Mute the user had, back after a
+    // calibration.
+    void mRestoreAfterCalibration(std::int16_t mute, ErrorFlag& bError);
+    // The Out label's plain caption, without volts.
+    void mClearLblVout();
+    // The change action of txtVOutMax and txtVOut2.
+    void txtVOutChanged(float value, ErrorFlag& bError);
+    // The interval over which this run has measured the card's fall (see
+    // gVOutCalibrate): kept for the run, never stored.
+    std::int32_t mlVOutState = 0;
 
     bool unloadedUnseen_ = false;
     bool unloaded_ = false;

@@ -10,12 +10,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <QTabWidget>
 
 #include "base/Convert.h"
 #include "base/NumberText.h"
 #include "base/Trap.h"
+#include "calibration/modVOut.h"
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
@@ -32,6 +34,8 @@ namespace {
 
 constexpr float kFrequencyMin = 10;  // Hz
 constexpr float kBurstPeriodMax = 2000;  // ms
+
+std::string voutMaxText(const frmWavelark& form) { return form.txtVOutMax->control().text(); }
 
 }  // namespace
 
@@ -50,12 +54,22 @@ struct frmWavelark::FieldRow {
     const char* keyDownName;
     const char* changeName;
     const char* validateName;
+    // Boxes with stepping and a leave-check of their own (the calibration
+    // boxes); the others step and check by their rule.
+    std::string (*keyDown)(frmWavelark& form, std::int16_t keyCode, std::int16_t shift,
+                           const std::string& text, ErrorFlag& bError) = nullptr;
+    Bool16 (*leaveCheck)(frmWavelark& form, const std::string& title, ui::Control& box,
+                         ErrorFlag& bError) = nullptr;
 };
 
-// The calibration boxes txtVOutMax and txtVOut2 are wired with the output
-// calibration, whose own stepping and checks they use.
+// The calibration boxes txtVOutMax and txtVOut2 step and check through the
+// output calibration, which holds their rule. Any number they hold is passed
+// on: a pair that is no usable calibration shows no volts.
 const std::vector<frmWavelark::FieldRow>& frmWavelark::fieldRows()
 {
+    const auto anyMax = [](frmWavelark&, ErrorFlag&) { return std::numeric_limits<float>::max(); };
+    const auto anyMin = [](frmWavelark&, ErrorFlag&) { return std::numeric_limits<float>::lowest(); };
+
     const auto frequencyMax = [](frmWavelark&, ErrorFlag&) { return gWaveOutInfo().frequencyMax; };
     const auto frequencyMin = [](frmWavelark&, ErrorFlag&) { return kFrequencyMin; };
     static const std::vector<FieldRow> rows{
@@ -84,6 +98,20 @@ const std::vector<frmWavelark::FieldRow>& frmWavelark::fieldRows()
          [](frmWavelark& form, ErrorFlag&) { return static_cast<float>(form.updPercent->min()); },
          1, true, "%", &frmWavelark::txtPercentChanged, "txtPercent_KeyPress",
          "txtPercent_KeyDown", "txtPercent_Change", "txtPercent_Validate"},
+        {&frmWavelark::txtVOutMax, anyMax, anyMin, 0.01F, false, "", &frmWavelark::txtVOutChanged,
+         "txtVOutMax_KeyPress", "txtVOutMax_KeyDown", "txtVOutMax_Change", "txtVOutMax_Validate",
+         [](frmWavelark&, std::int16_t keyCode, std::int16_t shift, const std::string& text,
+            ErrorFlag& bError) { return gVOutMaxKeyDown(keyCode, shift, text, bError); },
+         [](frmWavelark&, const std::string& title, ui::Control& box, ErrorFlag& bError) {
+             return gbVOutMaxValidate(kFalse, title, box, bError);
+         }},
+        {&frmWavelark::txtVOut2, anyMax, anyMin, 0.01F, false, "", &frmWavelark::txtVOutChanged,
+         "txtVOut2_KeyPress", "txtVOut2_KeyDown", "txtVOut2_Change", "txtVOut2_Validate",
+         [](frmWavelark& form, std::int16_t keyCode, std::int16_t shift, const std::string& text,
+            ErrorFlag& bError) { return gVOut2KeyDown(keyCode, shift, text, voutMaxText(form), bError); },
+         [](frmWavelark& form, const std::string& title, ui::Control& box, ErrorFlag& bError) {
+             return gbVOut2Validate(voutMaxText(form), title, box, bError);
+         }},
     };
     return rows;
 }
@@ -137,11 +165,16 @@ void frmWavelark::fieldKeyDown(const FieldRow& row, std::int16_t& keyCode, std::
     rt::Trap trap(kModule, row.keyDownName, bError);
     trap.step([&] {
         ui::Control& box = (this->*row.box)->control();
-        const float max = row.max(*this, bError);
-        const float min = row.min(*this, bError);
-        if (bError) return;
         const std::string text = box.text();
-        const std::string stepped = gsKeyDown(keyCode, shift, text, max, min, row.resolution, bError);
+        std::string stepped;
+        if (row.keyDown != nullptr) {
+            stepped = row.keyDown(*this, keyCode, shift, text, bError);
+        } else {
+            const float max = row.max(*this, bError);
+            const float min = row.min(*this, bError);
+            if (bError) return;
+            stepped = gsKeyDown(keyCode, shift, text, max, min, row.resolution, bError);
+        }
         // Writing the same text back would move the caret (plain Home and End
         // must still move it).
         if (!bError && stepped != text) box.setText(stepped);
@@ -174,12 +207,17 @@ bool frmWavelark::fieldInError(const FieldRow& row, const char* procedure)
     bool inError = false;
     rt::Trap trap(kModule, procedure, bError);
     trap.step([&] {
+        const std::string title = windowTitle().toStdString();
+        ui::Control& box = (this->*row.box)->control();
+        if (row.leaveCheck != nullptr) {
+            inError = row.leaveCheck(*this, title, box, bError) != kFalse;
+            return;
+        }
         const float max = row.max(*this, bError);
         const float min = row.min(*this, bError);
         if (bError) return;
         const auto check = row.whole ? gbCtrlTxtErrorWhole : gbCtrlTxtError;
-        inError = check(max, min, row.resolution, kFalse, row.unit, windowTitle().toStdString(),
-                        (this->*row.box)->control(), bError) != kFalse;
+        inError = check(max, min, row.resolution, kFalse, row.unit, title, box, bError) != kFalse;
     });
     return inError;
 }
