@@ -106,9 +106,10 @@ void frmWavelark::mStatusUpdate()
     });
     trap.step([&] {
         const WaveOutDeviceInfo& device = gWaveOutInfo();
-        if (device.name.empty()) return;
-        status += words::kDeviceSeparator + device.name + ", " + std::to_string(device.sampleRate) +
-                  words::kHertz;
+        // A long name is cut to the device record's length, maybe after a blank.
+        const std::string name = device.name.substr(0, device.name.find_last_not_of(' ') + 1);
+        if (name.empty()) return;
+        status += words::kDeviceSeparator + name + ", " + std::to_string(device.sampleRate) + words::kHertz;
     });
     trap.step([&] { lblStatus->setText(QString::fromStdString(status)); });
 }

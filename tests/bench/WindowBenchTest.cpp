@@ -91,8 +91,7 @@ protected:
         sharedAddress = shared != nullptr ? shared : "";
         ::setenv("PULSE_SERVER", server.address().c_str(), 1);
         window.chkMute->setValue(0);
-        ASSERT_EQ(window.lblStatus->text().toStdString().rfind("Playing 1000 Hz sine", 0), 0u)
-            << window.lblStatus->text().toStdString();
+        ASSERT_TRUE(window.lblStatus->text().startsWith("Playing ")) << window.lblStatus->text().toStdString();
         QTest::qWait(300);
     }
     void TearDown() override
