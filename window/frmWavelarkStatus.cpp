@@ -33,7 +33,7 @@ constexpr const char* kSweeping = "Sweeping ";
 constexpr const char* kSweepTo = " to ";
 constexpr const char* kLog = ", log";
 constexpr const char* kLin = ", lin";
-constexpr const char* kThereAndBack = ", up and down";
+constexpr const char* kBothWays = ", both ways";
 constexpr const char* kBursts = "Bursts every ";
 constexpr const char* kCyclesOf = " cycles of ";
 constexpr const char* kMuted = "Muted";
@@ -141,7 +141,7 @@ std::string frmWavelark::msStatusSignal()
     }
     if (chkSweep->value() != 0) {
         const std::string law = optSweepLog->value() ? words::kLog : words::kLin;
-        const std::string both = chkSweepBi->value() != 0 ? words::kThereAndBack : "";
+        const std::string both = chkSweepBi->value() != 0 ? words::kBothWays : "";
         const std::string other = optSine->value() ? "" : ", " + shape;
         return words::kSweeping + frequency1 + words::kSweepTo + boxNumber(txtFrequency2) +
                words::kHertz + law + ", " + boxNumber(txtSweepDuration) + words::kSeconds + both +

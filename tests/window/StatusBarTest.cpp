@@ -130,7 +130,7 @@ TEST_F(StatusWindow, ASweepIsToldByItsEndsLawAndDuration)
     EXPECT_EQ(status(), std::string("Sweeping 100 Hz to 10000 Hz, log, 5 s") + kDevice);
     window.chkSweepBi->setValue(1);
     window.optSweepLin->setValue(true);
-    EXPECT_EQ(status(), std::string("Sweeping 100 Hz to 10000 Hz, lin, 5 s, up and down") + kDevice);
+    EXPECT_EQ(status(), std::string("Sweeping 100 Hz to 10000 Hz, lin, 5 s, both ways") + kDevice);
     EXPECT_TRUE(host.boxes.empty());
 }
 
