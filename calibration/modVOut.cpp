@@ -177,19 +177,30 @@ Bool16 gbVOutMaxValidActive(float fVOutMax, float fVOut2, ErrorFlag& bError)
     return usable;
 }
 
+std::string gsVOutLevelVolts(std::int32_t lOutLevelBar, const std::string& sVOutMax,
+                             const std::string& sVOut2, ErrorFlag& bError)
+{
+    std::string volts;
+    rt::Trap trap(kModule, "gsVOutLevelVolts", bError);
+    trap.step([&] {
+        const float voutMax = mfVolts(sVOutMax);
+        const float vout2 = mfVolts(sVOut2);
+        if (!gbVOutMaxValidActive(voutMax, vout2, bError)) return;
+        const float value = gfStep2VOut(glMixerLevelOfBar(lOutLevelBar), voutMax, vout2, bError);
+        if (bError) return;
+        volts = rt::formatNumber(value, gsGFormat(value, bError));
+    });
+    return volts;
+}
+
 std::string gsVOutLevelCaption(std::int32_t lOutLevelBar, const std::string& sVOutMax,
                                const std::string& sVOut2, ErrorFlag& bError)
 {
     std::string caption = kVOutPlainCaption;
     rt::Trap trap(kModule, "gsVOutLevelCaption", bError);
     trap.step([&] {
-        const float voutMax = mfVolts(sVOutMax);
-        const float vout2 = mfVolts(sVOut2);
-        if (!gbVOutMaxValidActive(voutMax, vout2, bError)) return;
-        const std::int32_t step = glMixerLevelOfBar(lOutLevelBar);
-        const float volts = gfStep2VOut(step, voutMax, vout2, bError);
-        if (bError) return;
-        caption += "  " + rt::formatNumber(volts, gsGFormat(volts, bError)) + " (V) ";
+        const std::string volts = gsVOutLevelVolts(lOutLevelBar, sVOutMax, sVOut2, bError);
+        if (!volts.empty()) caption += "  " + volts + " (V) ";
     });
     return caption;
 }

@@ -66,11 +66,16 @@ float gfStep2VOut(std::int32_t lStep, float fVOutMax, float fVOut2, ErrorFlag& b
 // 0 < fVOut2 < fVOutMax.
 Bool16 gbVOutMaxValidActive(float fVOutMax, float fVOut2, ErrorFlag& bError);
 
-// The output level label's caption for the output level bar's value
-// (0 at the top, loudest, to 32767): "Ou&t  " + the volts at that level in
-// the volt format + " (V) " when sVOutMax and sVOut2 are a usable
-// calibration, else the plain "Ou&t", so the label never shows the volts
-// of a calibration that is no longer usable.
+// The volts at the output level bar's value (0 at the top, loudest, to
+// 32767) in the volt format ("1.00"), when sVOutMax and sVOut2 are a usable
+// calibration; "" otherwise. The one rule for every place that shows the
+// output in volts.
+std::string gsVOutLevelVolts(std::int32_t lOutLevelBar, const std::string& sVOutMax,
+                             const std::string& sVOut2, ErrorFlag& bError);
+
+// The output level label's caption: "Ou&t  " + gsVOutLevelVolts + " (V) "
+// with a usable calibration, else the plain "Ou&t", so the label never
+// shows the volts of a calibration that is no longer usable.
 std::string gsVOutLevelCaption(std::int32_t lOutLevelBar, const std::string& sVOutMax,
                                const std::string& sVOut2, ErrorFlag& bError);
 

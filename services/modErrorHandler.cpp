@@ -62,13 +62,19 @@ void mLogAppend(const std::string& sFileName, const std::string& sText)
     if (!closed) rt::raiseFileError(errno);
 }
 
-std::string logEntry(const std::string& source)
+// The first two lines of an entry: when and on what, which program and where.
+std::string logHeading(const std::string& source)
 {
-    const rt::CurrentError& error = rt::currentError();
     const std::string dateTime =
         QLocale::system().toString(QDateTime::currentDateTime(), QLocale::ShortFormat).toStdString();
     return dateTime + "  " + gsOSVersion + "\r\n" + buildinfo::kProductName + " " + gsAppVersion() +
-           "  " + source + "\r\n" + "DllError: " + std::to_string(error.lastOsError) +
+           "  " + source + "\r\n";
+}
+
+std::string logEntry(const std::string& source)
+{
+    const rt::CurrentError& error = rt::currentError();
+    return logHeading(source) + "DllError: " + std::to_string(error.lastOsError) +
            "  ErrNo: " + std::to_string(error.number) + "  " + error.description;
 }
 
@@ -127,6 +133,17 @@ std::int16_t gnErrorHandler(const std::string& sModule, const std::string& sProc
         std::rethrow_exception(logFailure);
     }
     return answer;
+}
+
+bool gbLogWarning(const std::string& sModule, const std::string& sProcedure,
+                  const std::string& sText)
+{
+    try {
+        mLogAppend(gsErrorLogFileName(), logHeading(sModule + "." + sProcedure) + "Warning: " + sText);
+        return true;
+    } catch (...) {
+        return false;
+    }
 }
 
 void gInstallErrorHandler() { rt::setErrorReporter(&reportAndKeepAnswer); }

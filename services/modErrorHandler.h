@@ -24,5 +24,12 @@ std::string gsAppVersion();
 // when missing.
 std::string gsErrorLogFileName();
 
+// Appends a three-line warning entry to the error log (the same first two
+// lines as an error's, then "Warning: " and sText) and shows nothing: for
+// what the user is told elsewhere and need not answer, such as a lost sound
+// device. False when the log could not be written.
+bool gbLogWarning(const std::string& sModule, const std::string& sProcedure,
+                  const std::string& sText);
+
 // Makes every trap report through gnErrorHandler, keeping gnErrorResponse.
 void gInstallErrorHandler();

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "BuildInfo.h"
+#include "base/NumberText.h"
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
 #include "entry/modGetLocaleInfo.h"
@@ -165,4 +166,28 @@ std::string gsGFormat(float Value, ErrorFlag& bError)
         else pattern = "0.000";
     });
     return pattern;
+}
+
+std::string gsFrequencyText(double fPlayed, float fAsked, ErrorFlag& bError)
+{
+    constexpr int kFewestDecimals = 3;
+    constexpr int kMostDecimals = 9;
+    std::string text;
+    rt::Trap trap(kModule, "gsFrequencyText", bError);
+    trap.step([&] {
+        text = rt::userText(fAsked);
+        std::string pattern = "0.";
+        for (int decimals = 1; decimals <= kMostDecimals; ++decimals) {
+            pattern += '0';
+            if (decimals < kFewestDecimals) continue;
+            // The asked value as the 32-bit number it is (7 digits), the
+            // played one to its 15.
+            const std::string played = rt::formatNumber(fPlayed, pattern);
+            if (played != rt::formatNumber(fAsked, pattern)) {
+                text = played;
+                return;
+            }
+        }
+    });
+    return text;
 }

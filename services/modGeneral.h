@@ -47,3 +47,9 @@ Bool16 gbGSetFocus(ui::Control& control);
 // The display pattern of a voltage (for rt::formatNumber): "0.0" from 10 up,
 // "0.00" from 0.05 up, "0.000" below.
 std::string gsGFormat(float Value, ErrorFlag& bError);
+// A frequency that plays (fPlayed, Hz) as text in the user's form, next to
+// the one asked for (fAsked): the asked text ("1000") when the two agree to
+// nine decimals, else fPlayed with three decimals or as many more as it
+// takes for the text to differ from fAsked's ("440.022", "1000.0004"), so a
+// frequency played is never shown rounded to the one asked.
+std::string gsFrequencyText(double fPlayed, float fAsked, ErrorFlag& bError);

@@ -78,6 +78,7 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     whole->addLayout(top);
     whole->addWidget(makeTabs());
     setCentralWidget(central);
+    makeStatusBar();
     makeAccessible();
     connectSignalHandlers();
     connectLifeHandlers();

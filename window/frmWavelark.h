@@ -16,9 +16,11 @@
 
 class QAction;
 class QCloseEvent;
+class QLabel;
 class QMenu;
 class QPrinter;
 class QTabWidget;
+class QTimer;
 
 namespace host {
 class SettingsBatch;
@@ -319,4 +321,27 @@ private:
     QAction* addMenuItem(QMenu* menu, const char* name, const char* caption);
 
     ui::ControlList controls_;
+
+    // ---- The status in words, the lost output (frmWavelarkStatus.cpp) and
+    // the level bars' tooltips (frmWavelarkAccess.cpp) ----
+public:
+    // The status bar's main text: what the output does, in words, then the
+    // device and its rate.
+    QLabel* lblStatus = nullptr;
+
+private:
+    void makeStatusBar();
+    // Says in lblStatus what lblOutLevel's colour and the controls say;
+    // called after every change the window applies.
+    void mStatusUpdate();
+    // What the output does when it is not lost, without the device.
+    std::string msStatusSignal();
+    // Every few hundred milliseconds: tells a lost output (label, plot,
+    // status and one log entry) with nothing touched.
+    void tmrOutputLost_Timer();
+    QTimer* tmrOutputLost = nullptr;
+    bool outputLostTold_ = false;
+    // Both bars' level in per cent, the output's also in volts once
+    // calibrated, as tooltip and accessible description.
+    void mLevelTipsUpdate();
 };

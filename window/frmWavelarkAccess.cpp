@@ -6,6 +6,8 @@
 #include <QLabel>
 #include <QTabWidget>
 
+#include "base/Trap.h"
+#include "calibration/modVOut.h"
 #include "controls/PictureBox.h"
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
@@ -19,12 +21,30 @@ namespace {
 QString withoutAccelerator(QString caption) { return caption.remove('&'); }
 
 // The level a bar stands at in per cent of full: 0 (the top) is 100 %.
-int levelPercent(const ui::VScrollBar* bar)
+QString levelText(const ui::VScrollBar* bar)
 {
-    return static_cast<int>((kLevelBarBottom - bar->value()) * 100.0 / kLevelBarBottom + 0.5);
+    const int percent = static_cast<int>((kLevelBarBottom - bar->value()) * 100.0 / kLevelBarBottom + 0.5);
+    return QString::number(percent) + " %";
 }
 
 }  // namespace
+
+void frmWavelark::mLevelTipsUpdate()
+{
+    ErrorFlag bError = kFalse;
+    rt::Trap trap(kModule, "mLevelTipsUpdate", bError);
+    QString output = "Output level " + levelText(vsbOutLevel);
+    trap.step([&] {
+        const std::string volts = gsVOutLevelVolts(vsbOutLevel->Value(), txtVOutMax->control().text(),
+                                                   txtVOut2->control().text(), bError);
+        if (!volts.empty()) output += QString::fromStdString(" (" + volts + " V)");
+    });
+    const QString input = "Input level " + levelText(vsbInLevel);
+    for (const auto& [bar, tip] : {std::pair{vsbOutLevel, output}, std::pair{vsbInLevel, input}}) {
+        bar->setToolTip(tip);
+        bar->setAccessibleDescription(tip);
+    }
+}
 
 void frmWavelark::makeAccessible()
 {
@@ -52,14 +72,12 @@ void frmWavelark::makeAccessible()
 
     for (ui::VScrollBar* bar : {vsbOutLevel, vsbInLevel}) {
         bar->setFocusPolicy(Qt::StrongFocus);  // Tab and the "Ou&t" accelerator reach it
-        auto showLevel = [bar] {
-            const QString level = QString::number(levelPercent(bar)) + " %";
-            bar->setAccessibleDescription(level);
-            bar->setToolTip(level);
-        };
-        connect(bar, &QScrollBar::valueChanged, this, showLevel);
-        showLevel();
+        connect(bar, &QScrollBar::valueChanged, this, &frmWavelark::mLevelTipsUpdate);
     }
+    // A calibration typed or stepped into the System page shows at once.
+    for (ui::TextBox* box : {txtVOutMax, txtVOut2})
+        connect(box, &QLineEdit::textChanged, this, &frmWavelark::mVOutUpdate);
+    mLevelTipsUpdate();
 
     mnuFiExit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     mnuFiPrint->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_P));

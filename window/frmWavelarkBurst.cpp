@@ -96,6 +96,7 @@ void frmWavelark::cmdBurstFire_Click()
             // Nothing is applied while the burst plays and records
             // (mWaveChangeShow); enabled again below, whatever happens.
             setEnabled(false);
+            mStatusUpdate();
         });
         trap.step([&] {
             lblOutLevel->setForeColor(ui::kColourGreen);
@@ -125,5 +126,6 @@ void frmWavelark::cmdBurstFire_Click()
     });
     trap.step([&] { anRecord.redim(0, 0); });
     setEnabled(true);
+    mStatusUpdate();
     gbGSetFocus(cmdBurstFire->control());
 }

@@ -74,4 +74,5 @@ void frmWavelark::mVOutUpdate()
                                      txtVOut2->control().text(), bError);
     });
     if (!bError) lblOutLevel->control().setText(caption);
+    mLevelTipsUpdate();
 }

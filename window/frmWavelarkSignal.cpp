@@ -63,10 +63,13 @@ void frmWavelark::mWaveChangeShow(const std::string& action, std::int32_t loops,
         // next change opens it anew.
         ErrorFlag bClosing = kFalse;
         gWaveOutClose(kTrue, bClosing);
+        lblOutLevel->setForeColor(ui::kColourRed);
         trap.leave();
     });
     trap.step([&] { lblOutLevel->setForeColor(action == "Make" ? ui::kColourRed : ui::kColourGreen); });
     trap.step([&] { mShowTimeResponse(lblOutLevel->foreColor(), bError); });
+    // The words follow the colours, whatever the change came to.
+    mStatusUpdate();
 }
 
 void frmWavelark::mSetFrequency1SweepBurst(ErrorFlag& bError)

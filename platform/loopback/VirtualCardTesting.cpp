@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/loopback/VirtualMixerSetup.h"
+
 namespace mm::loopback {
 
 void reset()
@@ -64,6 +66,12 @@ void vanish()
 {
     withCardSetup([](CardSetup& setup) { setup.vanished = true; });
     vanishMixers();
+}
+
+void reappear()
+{
+    withCardSetup([](CardSetup& setup) { setup.vanished = false; });
+    withMixerSetup([](MixerSetup& setup) { setup.vanished = false; });
 }
 
 }  // namespace mm::loopback

@@ -32,5 +32,9 @@ void refuseInputOpen(MMRESULT code);
 void failWrites(MMRESULT code);
 void silenceInput(bool silent);
 void vanish();
+// The vanished card and its mixers back, as a device plugged in again or a
+// sound server restarted: what was open when it went stays lost, what is
+// opened now works.
+void reappear();
 
 }  // namespace mm::loopback

@@ -4,17 +4,23 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <iostream>
+#include <string>
 #include <vector>
 
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
 #include <QTest>
 
 #include "base/Trap.h"
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
 #include "engine/modWaveInOut.h"
+#include "platform/Colours.h"
 #include "platform/WaveApi.h"
 #include "services/modErrorHandler.h"
+#include "tests/bench/DoomedServer.h"
 #include "tests/bench/Recorder.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/SignalMeasure.h"
@@ -69,6 +75,64 @@ TEST_F(WindowBench, AFrequencyTypedIntoTheBoxIsWhatComesBack)
     const std::size_t length = heard.size() / 2;
     EXPECT_NEAR(measureFrequency(steady, length, kRecorderRate), 2500.0, 1.0);
     EXPECT_GT(peakOf(steady, length), 16000);
+    EXPECT_TRUE(host.boxes.empty()) << host.boxes.front().title << ": " << host.boxes.front().text;
+}
+
+// The window plays through a server of the test's own, which then dies or
+// stops while nobody touches the window.
+class LostServerBench : public WindowBench {
+protected:
+    void SetUp() override
+    {
+        WindowBench::SetUp();
+        if (IsSkipped()) return;
+        ASSERT_TRUE(server.ready()) << "a second private server could not be started";
+        const char* shared = std::getenv("PULSE_SERVER");
+        sharedAddress = shared != nullptr ? shared : "";
+        ::setenv("PULSE_SERVER", server.address().c_str(), 1);
+        window.chkMute->setValue(0);
+        ASSERT_TRUE(window.lblStatus->text().startsWith("Playing ")) << window.lblStatus->text().toStdString();
+        QTest::qWait(300);
+    }
+    void TearDown() override
+    {
+        server.resume();
+        WindowBench::TearDown();
+        ::setenv("PULSE_SERVER", sharedAddress.c_str(), 1);
+    }
+
+    // How long the status took to say the output is lost, the event loop
+    // running; -1 when it did not within 3 s.
+    qint64 msUntilToldLost(const char* how)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        const bool told = QTest::qWaitFor(
+            [&] { return window.lblStatus->text().startsWith("Output lost: "); }, 3000);
+        const qint64 ms = told ? clock.elapsed() : -1;
+        std::cout << "output lost (" << how << ") told after " << ms << " ms: "
+                  << window.lblStatus->text().toStdString() << "\n";
+        return ms;
+    }
+
+    DoomedServer server;
+    std::string sharedAddress;
+};
+
+TEST_F(LostServerBench, AKilledServerIsToldWithinASecondWithoutABox)
+{
+    server.kill();
+    const qint64 ms = msUntilToldLost("server killed");
+    EXPECT_GE(ms, 0);
+    EXPECT_EQ(window.lblOutLevel->foreColor(), ui::kColourRed);
+    EXPECT_TRUE(host.boxes.empty()) << host.boxes.front().title << ": " << host.boxes.front().text;
+}
+
+TEST_F(LostServerBench, AStoppedServerIsToldWithinASecondWithoutABox)
+{
+    server.stop();
+    const qint64 ms = msUntilToldLost("server stopped");
+    EXPECT_GE(ms, 0);
     EXPECT_TRUE(host.boxes.empty()) << host.boxes.front().title << ": " << host.boxes.front().text;
 }
 

@@ -142,6 +142,26 @@ TEST_F(ErrorHandlerTest, AFailingLogWriteStillShowsTheBoxAndReachesTheCallersTra
     EXPECT_EQ(gnErrorResponse, 5) << "the user's answer is still recorded";
 }
 
+TEST_F(ErrorHandlerTest, AWarningIsLoggedWithoutABoxAndAnUnwritableLogCostsNothing)
+{
+    EXPECT_TRUE(gbLogWarning("frmTest", "tmrCheck", "Output lost: the card is gone"));
+    const auto lines = crlfLines(folder + "/wavelark.log");
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_TRUE(lines[0].ends_with("  " + gsOSVersion));
+    EXPECT_EQ(lines[1], "Wavelark v1.0.0  frmTest.tmrCheck");
+    EXPECT_EQ(lines[2], "Warning: Output lost: the card is gone");
+    EXPECT_TRUE(host.boxes.empty());
+
+    host.programFile = "/nonexistent-folder/bin/wavelark";
+    const std::string stateBefore = std::getenv("XDG_STATE_HOME");
+    const std::string blocker = folder + "/not-a-folder";
+    std::ofstream(blocker) << "a file where the state folder should be";
+    ::setenv("XDG_STATE_HOME", blocker.c_str(), 1);
+    EXPECT_FALSE(gbLogWarning("frmTest", "tmrCheck", "unwritten"));
+    ::setenv("XDG_STATE_HOME", stateBefore.c_str(), 1);
+    EXPECT_TRUE(host.boxes.empty());
+}
+
 TEST_F(ErrorHandlerTest, TheOperatingSystemLineSaysUnknownWhenTheVersionCannotBeRead)
 {
     host.osVersion.reset();

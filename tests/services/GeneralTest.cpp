@@ -97,6 +97,25 @@ TEST(TextHelpers, CharacterCodeOfTheFirstCharacter)
     EXPECT_EQ(gnGAscii("\xC3\xA9"), 233);  // é
 }
 
+TEST(FrequencyText, APlayedFrequencyIsNeverShownRoundedToTheOneAsked)
+{
+    ScriptedHost host;
+    ErrorFlag flag = kFalse;
+    // 440 Hz looped in 44.1 kHz: 9 cycles in 902 samples.
+    EXPECT_EQ(gsFrequencyText(44100.0 * 9 / 902, 440, flag), "440.022");
+    EXPECT_EQ(gsFrequencyText(1000.0004, 1000, flag), "1000.0004") << "more decimals until it differs";
+    EXPECT_EQ(gsFrequencyText(999.99996, 1000, flag), "999.99996");
+    EXPECT_EQ(gsFrequencyText(10.5, 10, flag), "10.500") << "three decimals at least";
+    // Exact, the asked text: the float's own binary digits are no difference.
+    EXPECT_EQ(gsFrequencyText(1000, 1000, flag), "1000");
+    EXPECT_EQ(gsFrequencyText(440.1, 440.1f, flag), "440.1");
+    EXPECT_EQ(gsFrequencyText(440.1 + 1e-11, 440.1f, flag), "440.1") << "beyond nine decimals";
+    host.decimalChar = ",";
+    EXPECT_EQ(gsFrequencyText(44100.0 * 9 / 902, 440, flag), "440,022");
+    EXPECT_EQ(gsFrequencyText(997.5, 997.5f, flag), "997,5");
+    EXPECT_EQ(flag, kFalse);
+}
+
 TEST(Focus, OnlyAnEnabledVisibleControlTakesIt)
 {
     FakeControl box("txtFrequency1", "TextBox");

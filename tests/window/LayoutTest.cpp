@@ -53,9 +53,9 @@ const Expected kControls[] = {
     {"chkInvert", "CheckBox", "Invert", "Output INVERTED when selected"},
     {"chkSweep", "CheckBox", "Swee&p", "Sweeps from Frequency 1 to Frequency 2 when selected"},
     {"lblOutLevel", "Label", "Ou&t", ""},
-    {"vsbOutLevel", "VScrollBar", nullptr, "50 %"},
+    {"vsbOutLevel", "VScrollBar", nullptr, "Output level 50 %"},
     {"lblInLevel", "Label", "Mic", ""},
-    {"vsbInLevel", "VScrollBar", nullptr, "50 %"},
+    {"vsbInLevel", "VScrollBar", nullptr, "Input level 50 %"},
     {"chkMute", "CheckBox", "&Mute", "Mute ON when selected"},
     {"picPolarity", "PictureBox", nullptr, "Click to change the background colour"},
     {"CommonDialogue", "CommonDialog", nullptr, nullptr},
@@ -216,17 +216,38 @@ TEST_F(LayoutTest, TheLevelBarsAreReachedAndMovedByKeysAndSayTheirLevel)
     window.vsbOutLevel->setValue(16384);
     QTest::keyClick(window.vsbOutLevel, Qt::Key_Home);
     EXPECT_EQ(window.vsbOutLevel->value(), 0);
-    EXPECT_EQ(window.vsbOutLevel->toolTip(), "100 %");
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "Output level 100 %");
     QTest::keyClick(window.vsbOutLevel, Qt::Key_PageDown);
-    EXPECT_EQ(window.vsbOutLevel->toolTip(), "90 %");
-    EXPECT_EQ(window.vsbOutLevel->accessibleDescription(), "90 %");
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "Output level 90 %");
+    EXPECT_EQ(window.vsbOutLevel->accessibleDescription(), "Output level 90 %");
     QTest::keyClick(window.vsbOutLevel, Qt::Key_Down);
-    EXPECT_EQ(window.vsbOutLevel->toolTip(), "89 %");
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "Output level 89 %");
     QTest::keyClick(window.vsbOutLevel, Qt::Key_End);
-    EXPECT_EQ(window.vsbOutLevel->toolTip(), "0 %");
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "Output level 0 %");
 
     QTest::keyClick(window.vsbOutLevel, Qt::Key_Tab);
     EXPECT_EQ(QApplication::focusWidget(), window.vsbInLevel) << "Tab goes on to the input bar";
+    QTest::keyClick(window.vsbInLevel, Qt::Key_Home);
+    EXPECT_EQ(window.vsbInLevel->toolTip(), "Input level 100 %");
+}
+
+TEST_F(LayoutTest, TheOutputBarSaysItsVoltsOnceCalibratedByTheRuleOfItsCaption)
+{
+    window.vsbOutLevel->setValue(16384);  // 16383 level steps below the reference
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "Output level 50 %");
+    window.txtVOutMax->setText("2");
+    window.txtVOut2->setText("1");
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "Output level 50 % (1.00 V)");
+    EXPECT_EQ(window.vsbOutLevel->accessibleDescription(), "Output level 50 % (1.00 V)");
+    EXPECT_EQ(window.lblOutLevel->text(), "Ou&t  1.00 (V) ") << "the caption agrees";
+    window.vsbOutLevel->setValue(8192);
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "Output level 75 % (2.00 V)");
+    EXPECT_EQ(window.vsbInLevel->toolTip(), "Input level 50 %") << "the input has no volts";
+
+    // A calibration that can no longer be used shows no volts anywhere.
+    window.txtVOut2->setText("3");
+    EXPECT_EQ(window.vsbOutLevel->toolTip(), "Output level 75 %");
+    EXPECT_EQ(window.lblOutLevel->text(), "Ou&t");
 }
 
 TEST_F(LayoutTest, CommonShortcutsSitBesideTheAccelerators)

@@ -600,7 +600,7 @@ TEST_F(SignalWindow, ADeviceVanishingUnderASweepWarnsOnceAndTheNextChangeReopens
     window.txtFrequency1->control().setText("2000");
     ASSERT_EQ(host.boxes.size(), 1u) << boxTexts();
     EXPECT_TRUE(window.isEnabled());
-    EXPECT_EQ(window.lblOutLevel->foreColor(), ui::kColourGreen) << "the label keeps its colour";
+    EXPECT_EQ(window.lblOutLevel->foreColor(), ui::kColourRed) << "the output was closed";
 
     mm::loopback::withCardSetup([](mm::loopback::CardSetup& setup) { setup.vanished = false; });
     window.chkSweep->setValue(0);
