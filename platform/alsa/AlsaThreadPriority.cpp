@@ -1,0 +1,58 @@
+#include "platform/alsa/AlsaThreadPriority.h"
+
+#include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace mm::alsa {
+
+namespace {
+
+// PulseAudio and PipeWire run their own mixing threads at real-time
+// priority 5 or more by default; a stream thread stays below them, so the
+// server that it feeds is never held off by it.
+constexpr int kRealtimePriority = 4;
+constexpr int kWantedNice = -10;
+
+// The soft limit of a resource; 0 when it cannot be read.
+rlim_t softLimit(int resource)
+{
+    rlimit limit{};
+    if (getrlimit(resource, &limit) != 0) return 0;
+    return limit.rlim_cur;
+}
+
+bool tryRealtime(int priority)
+{
+    sched_param parameter{};
+    parameter.sched_priority = priority;
+    // Reset on fork: a program started from this thread runs as an
+    // ordinary one.
+    return sched_setscheduler(0, SCHED_RR | SCHED_RESET_ON_FORK, &parameter) == 0;
+}
+
+bool tryNice(int nice)
+{
+    // On Linux a nice value set with the thread's id applies to that thread.
+    return setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), nice) == 0;
+}
+
+}  // namespace
+
+StreamPriority raiseStreamPriority()
+{
+    if (tryRealtime(kRealtimePriority)) return StreamPriority::Realtime;
+    const auto realtimeLimit = static_cast<int>(std::min<rlim_t>(softLimit(RLIMIT_RTPRIO), kRealtimePriority));
+    if (realtimeLimit > 0 && tryRealtime(realtimeLimit)) return StreamPriority::Realtime;
+
+    if (tryNice(kWantedNice)) return StreamPriority::RaisedNice;
+    // RLIMIT_NICE allows nice values down to 20 - limit.
+    const int niceFloor = 20 - static_cast<int>(std::min<rlim_t>(softLimit(RLIMIT_NICE), 40));
+    const int current = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
+    if (niceFloor < current && tryNice(std::max(niceFloor, kWantedNice))) return StreamPriority::RaisedNice;
+    return StreamPriority::Ordinary;
+}
+
+}  // namespace mm::alsa
