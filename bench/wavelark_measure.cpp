@@ -15,6 +15,7 @@
 // Each part runs in a child process of its own, since a process chooses
 // its sound back end once.
 #include <fcntl.h>
+#include <sched.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -25,6 +26,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <optional>
@@ -422,21 +424,49 @@ int playTone(double seconds)
     return failed ? 1 : 0;
 }
 
-// CPU seconds (user + system) a process has used so far; negative when gone.
+// CPU seconds a process's threads have run so far, from the scheduler's
+// own nanosecond accounting (the tick counts of /proc/<pid>/stat move in
+// 10 ms steps, coarse beside a load of a few milliseconds a second);
+// negative when the process is gone.
 double cpuSeconds(pid_t pid)
 {
-    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-    std::string line;
-    if (!std::getline(stat, line)) return -1;
-    // Fields after the command (which may hold blanks) start after ") ".
-    std::istringstream fields(line.substr(line.rfind(')') + 2));
-    std::string field;
-    unsigned long long utime = 0, stime = 0;
-    for (int i = 3; i <= 15 && fields >> field; ++i) {
-        if (i == 14) utime = std::stoull(field);
-        if (i == 15) stime = std::stoull(field);
+    const std::filesystem::path tasks = "/proc/" + std::to_string(pid) + "/task";
+    std::error_code error;
+    double seconds = 0;
+    bool found = false;
+    for (const auto& task : std::filesystem::directory_iterator(tasks, error)) {
+        std::ifstream schedstat(task.path() / "schedstat");
+        unsigned long long runNs = 0;
+        if (schedstat >> runNs) {
+            seconds += static_cast<double>(runNs) / 1e9;
+            found = true;
+        }
     }
-    return static_cast<double>(utime + stime) / static_cast<double>(sysconf(_SC_CLK_TCK));
+    return found ? seconds : -1;
+}
+
+// The scheduling class of each of a process's threads, as "name:class".
+std::string threadClasses(pid_t pid)
+{
+    const std::filesystem::path tasks = "/proc/" + std::to_string(pid) + "/task";
+    std::error_code error;
+    std::string classes;
+    for (const auto& task : std::filesystem::directory_iterator(tasks, error)) {
+        std::string name;
+        std::getline(std::ifstream(task.path() / "comm"), name);
+        std::string line;
+        std::getline(std::ifstream(task.path() / "stat"), line);
+        std::istringstream fields(line.substr(line.rfind(')') + 2));
+        std::string field;
+        long nice = 0, policy = 0;
+        for (int i = 3; i <= 41 && fields >> field; ++i) {
+            if (i == 19) nice = std::stol(field);
+            if (i == 41) policy = std::stol(field);
+        }
+        if (!classes.empty()) classes += ", ";
+        classes += name + ":" + (policy == SCHED_FIFO ? "fifo" : policy == SCHED_RR ? "rr" : "nice " + std::to_string(nice));
+    }
+    return classes;
 }
 
 // Starts a command; `quiet` sends its diagnostics to /dev/null.
@@ -457,9 +487,10 @@ pid_t spawn(std::vector<std::string> arguments, bool quiet = false)
 struct CpuUse {
     double process;  // % of one core
     double server;
+    std::string threads;  // the scheduling class of each thread
 };
 
-// Runs the command, lets it settle for 2 s, then measures 10 s of it (and
+// Runs the command, lets it settle for 2 s, then measures 20 s of it (and
 // of the sound server), and stops it.
 std::optional<CpuUse> measureCpu(std::vector<std::string> command, bool quiet = false)
 {
@@ -471,28 +502,43 @@ std::optional<CpuUse> measureCpu(std::vector<std::string> command, bool quiet = 
     const auto start = Clock::now();
     const double process0 = cpuSeconds(pid);
     const double server0 = server > 0 ? cpuSeconds(server) : 0;
-    std::this_thread::sleep_for(std::chrono::seconds(10));
+    const std::string threads = threadClasses(pid);
+    std::this_thread::sleep_for(std::chrono::seconds(20));
     const double process1 = cpuSeconds(pid);
     const double server1 = server > 0 ? cpuSeconds(server) : 0;
     const double wall = secondsSince(start);
     ::kill(pid, SIGTERM);
     ::waitpid(pid, nullptr, 0);
     if (process0 < 0 || process1 < 0) return std::nullopt;
-    return CpuUse{(process1 - process0) / wall * 100, (server1 - server0) / wall * 100};
+    return CpuUse{(process1 - process0) / wall * 100, (server1 - server0) / wall * 100, threads};
 }
 
+// Three rounds, the program and sox in turn, so that both meet the machine
+// in the same state.
 int measureCpuSideBySide(const std::string& self)
 {
-    std::printf("CPU while a 1 kHz tone plays (10 s after 2 s to settle; %% of one core)\n");
+    std::printf("CPU while a 1 kHz tone plays (20 s after 2 s to settle; %% of one core)\n");
     const auto report = [](const char* who, const std::optional<CpuUse>& use) {
         if (!use)
             std::printf("  %-34s not measured (did not run)\n", who);
         else
             std::printf("  %-34s %5.2f %%   (sound server meanwhile %5.2f %%)\n", who, use->process,
                         use->server);
+        return use ? use->process : -1.0;
     };
-    report("wavelark (engine, program idle)", measureCpu({self, "--play-tone", "14"}));
-    report("sox: play -n synth sine 1000", measureCpu({"play", "-q", "-n", "synth", "sine", "1000"}, true));
+    std::vector<double> ours, sox;
+    std::string classes;
+    for (int round = 0; round < 3; ++round) {
+        const auto use = measureCpu({self, "--play-tone", "24"});
+        if (use) classes = use->threads;
+        ours.push_back(report("wavelark (engine, program idle)", use));
+        sox.push_back(report("sox: play -n synth sine 1000",
+                             measureCpu({"play", "-q", "-n", "synth", "sine", "1000"}, true)));
+    }
+    std::sort(ours.begin(), ours.end());
+    std::sort(sox.begin(), sox.end());
+    std::printf("  median of three: wavelark %.2f %%, sox %.2f %%\n", ours[1], sox[1]);
+    std::printf("  wavelark's threads: %s\n", classes.c_str());
     return 0;
 }
 

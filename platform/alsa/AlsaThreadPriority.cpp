@@ -28,9 +28,10 @@ bool tryRealtime(int priority)
 {
     sched_param parameter{};
     parameter.sched_priority = priority;
-    // Reset on fork: a program started from this thread runs as an
-    // ordinary one.
-    return sched_setscheduler(0, SCHED_RR | SCHED_RESET_ON_FORK, &parameter) == 0;
+    // Without reset-on-fork: threads started from here (the sound server's
+    // client thread) must inherit the class; stream threads start no
+    // programs.
+    return sched_setscheduler(0, SCHED_RR, &parameter) == 0;
 }
 
 bool tryNice(int nice)

@@ -16,8 +16,8 @@ enum class StreamPriority {
 // Raises the calling thread as far as the user may without privileges of
 // its own (a real-time limit, a nice limit, or a capability) and says how
 // far it got. Threads the calling thread starts afterwards (a sound
-// server's client thread inside ALSA's plugin) inherit the class, and a
-// child process does not. Called first thing on a stream's thread.
+// server's client thread inside ALSA's plugin) inherit the class: it is
+// called first thing on a stream's thread, before the device is opened.
 StreamPriority raiseStreamPriority();
 
 }  // namespace mm::alsa
