@@ -263,6 +263,23 @@ void printSpread(const char* what, const Spread& s)
                 s.median * 1000, s.p95 * 1000, s.max * 1000);
 }
 
+// Where each fault of a steady tone lies and what it is: the stretch up to
+// the next whole pass, and how much of it is silence (the device ran dry)
+// rather than samples out of step.
+void describeFaults(const std::vector<std::int16_t>& heard, const std::vector<std::int16_t>& pass,
+                    const testing_support::PassWalk& walk)
+{
+    for (const std::size_t fault : walk.faults) {
+        std::size_t resume = fault + 1;
+        while (resume < heard.size() && !testing_support::isPass(heard, resume, pass, 2)) ++resume;
+        const auto silent = std::count_if(heard.begin() + static_cast<std::ptrdiff_t>(fault),
+                                          heard.begin() + static_cast<std::ptrdiff_t>(resume),
+                                          [](std::int16_t sample) { return std::abs(sample) <= 2; });
+        std::printf("  fault at %.3f s: %.1f ms to the next whole pass, %.1f ms of it silent\n",
+                    fault / double(kRate), (resume - fault) * 1000.0 / kRate, silent * 1000.0 / kRate);
+    }
+}
+
 // A steady 1 kHz tone recorded for `seconds`, followed sample by sample.
 int measureSteadyTone(double seconds)
 {
@@ -285,6 +302,7 @@ int measureSteadyTone(double seconds)
     std::printf("real server: steady 1 kHz tone, %.1f s followed sample by sample, %zu faults "
                 "(gaps or repeats)\n",
                 (heard.size() - std::min(heard.size(), walk.start)) / double(kRate), walk.faults.size());
+    describeFaults(heard, buffers[0], walk);
     return failed || !walk.faults.empty() ? 1 : 0;
 }
 
