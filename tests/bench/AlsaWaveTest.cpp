@@ -2,14 +2,20 @@
 // starts: ALSA's default device plays into a null sink whose monitor is the
 // default input, so what is played comes back as what is recorded.
 #include <gtest/gtest.h>
+#include <sched.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <optional>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/HostServices.h"
@@ -161,6 +167,60 @@ TEST_F(OwnServerBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang
     HWAVEOUT again = 0;
     EXPECT_NE(waveOutOpen(&again, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR)
         << "no server, no device";
+}
+
+// The name and scheduling class of each of this process's threads.
+std::vector<std::pair<std::string, int>> threadClasses()
+{
+    std::vector<std::pair<std::string, int>> classes;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string name;
+        std::getline(std::ifstream(task.path() / "comm"), name);
+        std::string stat;
+        std::getline(std::ifstream(task.path() / "stat"), stat);
+        std::istringstream fields(stat.substr(stat.rfind(')') + 2));
+        std::string field;
+        int policy = -1;
+        for (int i = 3; i <= 41 && fields >> field; ++i) {
+            if (i == 41) policy = std::stoi(field);
+        }
+        classes.emplace_back(name, policy);
+    }
+    return classes;
+}
+
+// Whether a thread of this process may enter the real-time class.
+bool mayRunRealtime()
+{
+    bool allowed = false;
+    std::thread([&] {
+        sched_param parameter{};
+        parameter.sched_priority = 1;
+        allowed = sched_setscheduler(0, SCHED_RR, &parameter) == 0;
+    }).join();
+    return allowed;
+}
+
+// The feeder and the sound server's client thread it starts inside ALSA's
+// plugin both carry the tone to the server: both must run raised, or a
+// loaded machine holds one of them off until the server runs dry.
+TEST_F(OwnServerBench, TheFeederAndTheServersClientThreadRunRaisedWhereTheUserMay)
+{
+    if (!mayRunRealtime()) GTEST_SKIP() << "this user may not raise a thread to the real-time class";
+    const auto realtime = [] {
+        std::vector<std::string> names;
+        for (const auto& [name, policy] : threadClasses()) {
+            if (policy == SCHED_RR || policy == SCHED_FIFO) names.push_back(name);
+        }
+        return names;
+    };
+    std::vector<std::string> raised;
+    EXPECT_TRUE(waitFor([&] { return (raised = realtime()).size() >= 2; }, 2000));
+    const bool clientRaised = std::find(raised.begin(), raised.end(), "threaded-ml") != raised.end();
+    EXPECT_TRUE(clientRaised) << "the server's client thread runs time-shared";
+    EXPECT_EQ(waveOutReset(output), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutUnprepareHeader(output, &tone->header, sizeof tone->header), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutClose(output), MMSYSERR_NOERROR);
 }
 
 // Times calls; prints each and keeps the longest.
