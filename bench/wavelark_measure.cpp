@@ -195,10 +195,13 @@ public:
     bool ok() const { return ok_; }
     bool full() const { return mm::headerFlags(header_) & mm::WHDR_DONE; }
 
-    // Sleeps `ms` a millisecond at a time, noting the samples arrived.
+    // Sleeps `ms` a millisecond at a time, noting the samples arrived. The
+    // end is a time, not a count of sleeps: on a loaded machine a sleep of
+    // a millisecond lasts longer.
     void sleepWatching(std::uint32_t ms)
     {
-        for (std::uint32_t i = 0; i < ms; ++i) {
+        const auto until = Clock::now() + std::chrono::milliseconds(ms);
+        while (Clock::now() < until) {
             host::sleep(1);
             arrivals_.push_back({secondsSince(start_), mm::headerBytesRecorded(header_) / 2});
         }
