@@ -340,7 +340,7 @@ int measureServer(std::size_t changes)
     const std::vector<std::int16_t> heard = recorder.samples();
     const testing_support::PassWalk walk = testing_support::walkPasses(heard, buffers, 2);
     printWalk("real server", walk, changes);
-    if (walk.changes.size() != changes || !walk.faults.empty()) {
+    if (walk.changes.size() != changes) {
         std::printf("real server: latency not measured (the recording does not follow every change)\n");
         return 1;
     }
@@ -361,7 +361,7 @@ int measureServer(std::size_t changes)
     printSpread("  the same less a whole 10 ms pass", spreadOf(beyondPass1k));
     printSpread("played into the sink, all", spreadOf(played));
     printSpread("arrived in the program's recording, all", spreadOf(arrived));
-    return failed ? 1 : 0;
+    return failed || !walk.faults.empty() ? 1 : 0;
 }
 
 int runChild(const std::string& self, const std::string& part, const std::string& argument = "");
