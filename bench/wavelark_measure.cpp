@@ -45,6 +45,7 @@
 #include "platform/WaveApi.h"
 #include "platform/loopback/VirtualCardTesting.h"
 #include "tests/support/PassWalk.h"
+#include "tests/support/ThreadClasses.h"
 
 extern char** environ;
 
@@ -467,25 +468,15 @@ double cpuSeconds(pid_t pid)
 }
 
 // The scheduling class of each of a process's threads, as "name:class".
-std::string threadClasses(pid_t pid)
+std::string describeThreadClasses(pid_t pid)
 {
-    const std::filesystem::path tasks = "/proc/" + std::to_string(pid) + "/task";
-    std::error_code error;
     std::string classes;
-    for (const auto& task : std::filesystem::directory_iterator(tasks, error)) {
-        std::string name;
-        std::getline(std::ifstream(task.path() / "comm"), name);
-        std::string line;
-        std::getline(std::ifstream(task.path() / "stat"), line);
-        std::istringstream fields(line.substr(line.rfind(')') + 2));
-        std::string field;
-        long nice = 0, policy = 0;
-        for (int i = 3; i <= 41 && fields >> field; ++i) {
-            if (i == 19) nice = std::stol(field);
-            if (i == 41) policy = std::stol(field);
-        }
+    for (const auto& thread : testing_support::threadClasses(pid)) {
         if (!classes.empty()) classes += ", ";
-        classes += name + ":" + (policy == SCHED_FIFO ? "fifo" : policy == SCHED_RR ? "rr" : "nice " + std::to_string(nice));
+        classes += thread.name + ":" +
+                   (thread.policy == SCHED_FIFO ? "fifo"
+                    : thread.policy == SCHED_RR ? "rr"
+                                                : "nice " + std::to_string(thread.nice));
     }
     return classes;
 }
@@ -523,7 +514,7 @@ std::optional<CpuUse> measureCpu(std::vector<std::string> command, bool quiet = 
     const auto start = Clock::now();
     const double process0 = cpuSeconds(pid);
     const double server0 = server > 0 ? cpuSeconds(server) : 0;
-    const std::string threads = threadClasses(pid);
+    const std::string threads = describeThreadClasses(pid);
     std::this_thread::sleep_for(std::chrono::seconds(20));
     const double process1 = cpuSeconds(pid);
     const double server1 = server > 0 ? cpuSeconds(server) : 0;

@@ -42,18 +42,16 @@ bool tryNice(int nice)
 
 }  // namespace
 
-StreamPriority raiseStreamPriority()
+void raiseStreamPriority()
 {
-    if (tryRealtime(kRealtimePriority)) return StreamPriority::Realtime;
+    if (tryRealtime(kRealtimePriority)) return;
     const auto realtimeLimit = static_cast<int>(std::min<rlim_t>(softLimit(RLIMIT_RTPRIO), kRealtimePriority));
-    if (realtimeLimit > 0 && tryRealtime(realtimeLimit)) return StreamPriority::Realtime;
+    if (realtimeLimit > 0 && tryRealtime(realtimeLimit)) return;
 
-    if (tryNice(kWantedNice)) return StreamPriority::RaisedNice;
+    if (tryNice(kWantedNice)) return;
     // RLIMIT_NICE allows nice values down to 20 - limit.
     const int niceFloor = 20 - static_cast<int>(std::min<rlim_t>(softLimit(RLIMIT_NICE), 40));
-    const int current = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
-    if (niceFloor < current && tryNice(std::max(niceFloor, kWantedNice))) return StreamPriority::RaisedNice;
-    return StreamPriority::Ordinary;
+    if (niceFloor < getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()))) tryNice(std::max(niceFloor, kWantedNice));
 }
 
 }  // namespace mm::alsa

@@ -7,17 +7,14 @@
 
 namespace mm::alsa {
 
-enum class StreamPriority {
-    Realtime,   // round-robin real-time class, below the sound server's own
-    RaisedNice, // a lower nice value, as far as the user's limit allows
-    Ordinary,   // neither is open to this user: time-sharing as before
-};
-
-// Raises the calling thread as far as the user may without privileges of
-// its own (a real-time limit, a nice limit, or a capability) and says how
-// far it got. Threads the calling thread starts afterwards (a sound
-// server's client thread inside ALSA's plugin) inherit the class: it is
-// called first thing on a stream's thread, before the device is opened.
-StreamPriority raiseStreamPriority();
+// Raises the calling thread as far as the user's limits allow, in this
+// order: the real-time round-robin class below the sound server's own
+// threads (a real-time limit such as the audio group's, or the
+// capability), else a lower nice value (as far as the nice limit allows),
+// else nothing. Threads the
+// calling thread starts afterwards (a sound server's client thread inside
+// ALSA's plugin) inherit the class: it is called first thing on a stream's
+// thread, before the device is opened.
+void raiseStreamPriority();
 
 }  // namespace mm::alsa

@@ -40,11 +40,11 @@ struct Timing {
 // costs a round of messages in the server's client thread as well as a
 // wake-up of the feeder, so the periods are as long as the change-over
 // latency allows: the buffer is kept between one and two periods full, so
-// a change is heard 40 to 80 ms after its pass ends (60 on average, less
-// the few milliseconds the server renders ahead), and the feeder may be
+// a change is heard about 45 ms after its pass ends (60 ms on average is
+// queued, and the server renders some of it ahead), and the feeder may be
 // held off for 40 ms before the device runs dry. The stream threads run
-// raised (AlsaThreadPriority.h), so a loaded machine does not hold them
-// off that long. Input: short periods in a deeper buffer, since only
+// raised where the user may (AlsaThreadPriority.h), so that a loaded
+// machine does not hold them off that long. Input: short periods in a deeper buffer, since only
 // delivery (not latency or wake-ups) matters there and it runs only while
 // a burst is measured.
 constexpr Timing kOutputTiming{80'000, 40'000};

@@ -9,11 +9,8 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,6 +21,7 @@
 #include "tests/bench/DoomedServer.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/SignalMeasure.h"
+#include "tests/support/ThreadClasses.h"
 
 namespace {
 
@@ -169,26 +167,6 @@ TEST_F(OwnServerBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang
         << "no server, no device";
 }
 
-// The name and scheduling class of each of this process's threads.
-std::vector<std::pair<std::string, int>> threadClasses()
-{
-    std::vector<std::pair<std::string, int>> classes;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::string name;
-        std::getline(std::ifstream(task.path() / "comm"), name);
-        std::string stat;
-        std::getline(std::ifstream(task.path() / "stat"), stat);
-        std::istringstream fields(stat.substr(stat.rfind(')') + 2));
-        std::string field;
-        int policy = -1;
-        for (int i = 3; i <= 41 && fields >> field; ++i) {
-            if (i == 41) policy = std::stoi(field);
-        }
-        classes.emplace_back(name, policy);
-    }
-    return classes;
-}
-
 // Whether a thread of this process may enter the real-time class.
 bool mayRunRealtime()
 {
@@ -209,8 +187,8 @@ TEST_F(OwnServerBench, TheFeederAndTheServersClientThreadRunRaisedWhereTheUserMa
     if (!mayRunRealtime()) GTEST_SKIP() << "this user may not raise a thread to the real-time class";
     const auto realtime = [] {
         std::vector<std::string> names;
-        for (const auto& [name, policy] : threadClasses()) {
-            if (policy == SCHED_RR || policy == SCHED_FIFO) names.push_back(name);
+        for (const auto& thread : threadClasses()) {
+            if (thread.realtime()) names.push_back(thread.name);
         }
         return names;
     };
