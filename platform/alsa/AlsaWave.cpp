@@ -497,14 +497,16 @@ private:
         int recoveries = 0;
         while (count > 0 && !stopping()) {
             const snd_pcm_sframes_t written = snd_pcm_writei(pcm_, frames, count);
-            if (written >= 0) {
+            if (written > 0) {
                 frames += written;
                 count -= static_cast<snd_pcm_uframes_t>(written);
                 stalledMs = 0;
                 recoveries = 0;
                 continue;
             }
-            if (written == -EAGAIN) {
+            // Nothing taken waits like no room: a raised feeder must never
+            // spin.
+            if (written == -EAGAIN || written == 0) {
                 const int ready = snd_pcm_wait(pcm_, kWaitMs);
                 if (ready == 0 && (stalledMs += kWaitMs) >= kStallLimitMs) return false;
                 if (ready < 0 && !recover(pcm_, ready)) return false;
