@@ -21,6 +21,7 @@
 #include "platform/alsa/AlsaBoundedCall.h"
 #include "platform/alsa/AlsaCommon.h"
 #include "platform/alsa/AlsaStreamGain.h"
+#include "platform/alsa/AlsaThreadPriority.h"
 
 namespace mm::alsa {
 
@@ -29,15 +30,25 @@ namespace {
 using backend::CaptureQueue;
 using backend::PlayQueue;
 
-// Output: about 10 ms periods in about 50 ms of buffer. The feeder keeps the
-// buffer full, so a change of signal is heard about 40 ms after the playing
-// pass ends, and the feeder may be kept from running for 40 ms (a loaded
-// machine; no raised priority is open to an ordinary user) before the
-// device runs dry. Input: the same periods in a deeper buffer, since only
-// delivery (not latency) matters there.
-constexpr unsigned kPeriodUs = 10'000;
-constexpr unsigned kOutputBufferUs = 50'000;
-constexpr unsigned kInputBufferUs = 200'000;
+// How much a stream buffers and in what pieces it moves it.
+struct Timing {
+    unsigned bufferUs;
+    unsigned periodUs;
+};
+
+// Output: two periods of 40 ms. Every period moved through a sound server
+// costs a round of messages in the server's client thread as well as a
+// wake-up of the feeder, so the periods are as long as the change-over
+// latency allows: the buffer is kept between one and two periods full, so
+// a change is heard about 45 ms after its pass ends (60 ms on average is
+// queued, and the server renders some of it ahead), and the feeder may be
+// held off for 40 ms before the device runs dry. The stream threads run
+// raised where the user may (AlsaThreadPriority.h), so that a loaded
+// machine does not hold them off that long. Input: short periods in a deeper buffer, since only
+// delivery (not latency or wake-ups) matters there and it runs only while
+// a burst is measured.
+constexpr Timing kOutputTiming{80'000, 40'000};
+constexpr Timing kInputTiming{200'000, 10'000};
 // A device that takes or gives no data for this long is treated as gone: a
 // stopped sound server is then told as lost well within a second.
 constexpr int kStallLimitMs = 600;
@@ -248,13 +259,13 @@ std::vector<Device> listDevices(snd_pcm_stream_t stream)
 // A stream starts once its buffer holds as many whole periods as fit: on a
 // loaded machine the feeder may be late for the periods after the first,
 // and a stream started on one period would run dry at once.
-int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_t& period)
+int configure(snd_pcm_t* pcm, unsigned rate, Timing timing, snd_pcm_uframes_t& period)
 {
     snd_pcm_hw_params_t* hw = nullptr;
     int error = snd_pcm_hw_params_malloc(&hw);
     if (error < 0) return error;
-    unsigned bufferTime = bufferUs;
-    unsigned periodTime = kPeriodUs;
+    unsigned bufferTime = timing.bufferUs;
+    unsigned periodTime = timing.periodUs;
     snd_pcm_uframes_t buffer = 0;
     int dir = 0;
     if ((error = snd_pcm_hw_params_any(pcm, hw)) >= 0 &&
@@ -284,12 +295,12 @@ int configure(snd_pcm_t* pcm, unsigned rate, unsigned bufferUs, snd_pcm_uframes_
     return snd_pcm_prepare(pcm);
 }
 
-int openPcm(const Device& device, snd_pcm_stream_t stream, unsigned rate, unsigned bufferUs,
+int openPcm(const Device& device, snd_pcm_stream_t stream, unsigned rate, Timing timing,
             snd_pcm_t*& pcm, snd_pcm_uframes_t& period)
 {
     int error = snd_pcm_open(&pcm, device.pcm.c_str(), stream, SND_PCM_NONBLOCK);
     if (error < 0) return error;
-    if ((error = configure(pcm, rate, bufferUs, period)) < 0) {
+    if ((error = configure(pcm, rate, timing, period)) < 0) {
         snd_pcm_close(pcm);
         pcm = nullptr;
     }
@@ -369,6 +380,7 @@ struct OpenedPcm {
     int error = 0;
     snd_pcm_t* pcm = nullptr;
     snd_pcm_uframes_t period = 0;
+    unsigned rate = 0;
 };
 using OpenPcm = std::function<OpenedPcm()>;
 
@@ -426,8 +438,7 @@ void closePcm(snd_pcm_t* pcm)
 // or the program let go or gave the stream up meanwhile (the device is then
 // closed again).
 template <class Queue>
-bool openDevice(const OpenPcm& open, Opening& opening, QueueLink<Queue>& link, snd_pcm_t*& pcm,
-                snd_pcm_uframes_t& period)
+bool openDevice(const OpenPcm& open, Opening& opening, QueueLink<Queue>& link, OpenedPcm& device)
 {
     const OpenedPcm opened = open();
     opening.end(opened.error);
@@ -440,8 +451,7 @@ bool openDevice(const OpenPcm& open, Opening& opening, QueueLink<Queue>& link, s
         closePcm(opened.pcm);
         return false;
     }
-    pcm = opened.pcm;
-    period = opened.period;
+    device = opened;
     return true;
 }
 
@@ -464,7 +474,12 @@ public:
 
     void run()
     {
-        if (!openDevice(open_, opening, link, pcm_, period_)) return;
+        raiseStreamPriority();
+        OpenedPcm device;
+        if (!openDevice(open_, opening, link, device)) return;
+        pcm_ = device.pcm;
+        period_ = device.period;
+        rate_ = device.rate;
         feed();
         closePcm(pcm_);
     }
@@ -482,14 +497,16 @@ private:
         int recoveries = 0;
         while (count > 0 && !stopping()) {
             const snd_pcm_sframes_t written = snd_pcm_writei(pcm_, frames, count);
-            if (written >= 0) {
+            if (written > 0) {
                 frames += written;
                 count -= static_cast<snd_pcm_uframes_t>(written);
                 stalledMs = 0;
                 recoveries = 0;
                 continue;
             }
-            if (written == -EAGAIN) {
+            // Nothing taken waits like no room: a raised feeder must never
+            // spin.
+            if (written == -EAGAIN || written == 0) {
                 const int ready = snd_pcm_wait(pcm_, kWaitMs);
                 if (ready == 0 && (stalledMs += kWaitMs) >= kStallLimitMs) return false;
                 if (ready < 0 && !recover(pcm_, ready)) return false;
@@ -501,9 +518,15 @@ private:
     }
 
     // Waits until the device has room for a period; false when it failed.
+    // It sleeps for the time the missing room takes to play rather than
+    // polling: through a sound server's plugin every poll wake-up costs
+    // a round of messages, and the room only ever grows at the rate the
+    // device plays. A device whose room does not grow for the stall limit
+    // is gone.
     bool awaitRoom()
     {
-        int stalledMs = 0;
+        auto lastGrowth = std::chrono::steady_clock::now();
+        snd_pcm_sframes_t lastRoom = -1;
         int recoveries = 0;
         while (!stopping()) {
             const snd_pcm_sframes_t room = snd_pcm_avail_update(pcm_);
@@ -512,11 +535,24 @@ private:
                 continue;
             }
             if (static_cast<snd_pcm_uframes_t>(room) >= period_) return true;
-            const int ready = snd_pcm_wait(pcm_, kWaitMs);
-            if (ready == 0 && (stalledMs += kWaitMs) >= kStallLimitMs) return false;
-            if (ready < 0 && (++recoveries > 10 || !recover(pcm_, ready))) return false;
+            const auto now = std::chrono::steady_clock::now();
+            if (room > lastRoom) {
+                lastRoom = room;
+                lastGrowth = now;
+            } else if (now - lastGrowth >= std::chrono::milliseconds(kStallLimitMs)) {
+                return false;
+            }
+            std::this_thread::sleep_for(timeToPlay(period_ - static_cast<snd_pcm_uframes_t>(room)));
         }
         return true;
+    }
+
+    // How long `frames` take to play, plus a millisecond so the room has
+    // been reported by the time the feeder looks again; at most kWaitMs.
+    std::chrono::microseconds timeToPlay(snd_pcm_uframes_t frames) const
+    {
+        const auto us = static_cast<long long>(frames) * 1'000'000 / rate_ + 1'000;
+        return std::chrono::microseconds(std::min<long long>(us, kWaitMs * 1'000));
     }
 
     // Takes a period from the queue only once the device has room for it, so
@@ -544,6 +580,7 @@ private:
     OpenPcm open_;
     snd_pcm_t* pcm_ = nullptr;
     snd_pcm_uframes_t period_ = 0;
+    unsigned rate_ = 1;
 };
 
 class AlsaOutput : public backend::OutputStream {
@@ -569,7 +606,11 @@ public:
 
     void run()
     {
-        if (!openDevice(open_, opening, link, pcm_, period_)) return;
+        raiseStreamPriority();
+        OpenedPcm device;
+        if (!openDevice(open_, opening, link, device)) return;
+        pcm_ = device.pcm;
+        period_ = device.period;
         capture();
         closePcm(pcm_);
     }
@@ -711,13 +752,13 @@ public:
     MMRESULT openOutput(UINT deviceId, const WAVEFORMATEX& format, PlayQueue& queue,
                         std::unique_ptr<backend::OutputStream>& stream) override
     {
-        return openStream<AlsaOutput>(deviceId, SND_PCM_STREAM_PLAYBACK, format, kOutputBufferUs,
+        return openStream<AlsaOutput>(deviceId, SND_PCM_STREAM_PLAYBACK, format, kOutputTiming,
                                       queue, stream);
     }
     MMRESULT openInput(UINT deviceId, const WAVEFORMATEX& format, CaptureQueue& queue,
                        std::unique_ptr<backend::InputStream>& stream) override
     {
-        return openStream<AlsaInput>(deviceId, SND_PCM_STREAM_CAPTURE, format, kInputBufferUs,
+        return openStream<AlsaInput>(deviceId, SND_PCM_STREAM_CAPTURE, format, kInputTiming,
                                      queue, stream);
     }
 
@@ -781,15 +822,16 @@ private:
     // Opens the device's PCM in one direction and starts its stream thread.
     template <class Stream, class Queue, class Base>
     MMRESULT openStream(UINT deviceId, snd_pcm_stream_t direction, const WAVEFORMATEX& format,
-                        unsigned bufferUs, Queue& queue, std::unique_ptr<Base>& stream)
+                        Timing timing, Queue& queue, std::unique_ptr<Base>& stream)
     {
         Device found;
         if (MMRESULT result = find(deviceId, direction, found)) return result;
         const unsigned rate = format.nSamplesPerSec;
         auto created = std::make_unique<Stream>(
-            [found, direction, rate, bufferUs] {
+            [found, direction, rate, timing] {
                 OpenedPcm o;
-                o.error = openPcm(found, direction, rate, bufferUs, o.pcm, o.period);
+                o.error = openPcm(found, direction, rate, timing, o.pcm, o.period);
+                o.rate = rate;
                 return o;
             },
             queue);

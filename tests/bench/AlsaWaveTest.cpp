@@ -2,7 +2,9 @@
 // starts: ALSA's default device plays into a null sink whose monitor is the
 // default input, so what is played comes back as what is recorded.
 #include <gtest/gtest.h>
+#include <sched.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -10,6 +12,7 @@
 #include <iostream>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/HostServices.h"
@@ -18,6 +21,7 @@
 #include "tests/bench/DoomedServer.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/SignalMeasure.h"
+#include "tests/support/ThreadClasses.h"
 
 namespace {
 
@@ -161,6 +165,40 @@ TEST_F(OwnServerBench, KillingTheServerWhilePlayingFailsTheNextWriteWithoutAHang
     HWAVEOUT again = 0;
     EXPECT_NE(waveOutOpen(&again, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR)
         << "no server, no device";
+}
+
+// Whether a thread of this process may enter the real-time class.
+bool mayRunRealtime()
+{
+    bool allowed = false;
+    std::thread([&] {
+        sched_param parameter{};
+        parameter.sched_priority = 1;
+        allowed = sched_setscheduler(0, SCHED_RR, &parameter) == 0;
+    }).join();
+    return allowed;
+}
+
+// The feeder and the sound server's client thread it starts inside ALSA's
+// plugin both carry the tone to the server: both must run raised, or a
+// loaded machine holds one of them off until the server runs dry.
+TEST_F(OwnServerBench, TheFeederAndTheServersClientThreadRunRaisedWhereTheUserMay)
+{
+    if (!mayRunRealtime()) GTEST_SKIP() << "this user may not raise a thread to the real-time class";
+    const auto realtime = [] {
+        std::vector<std::string> names;
+        for (const auto& thread : threadClasses()) {
+            if (thread.realtime()) names.push_back(thread.name);
+        }
+        return names;
+    };
+    std::vector<std::string> raised;
+    EXPECT_TRUE(waitFor([&] { return (raised = realtime()).size() >= 2; }, 2000));
+    const bool clientRaised = std::find(raised.begin(), raised.end(), "threaded-ml") != raised.end();
+    EXPECT_TRUE(clientRaised) << "the server's client thread runs time-shared";
+    EXPECT_EQ(waveOutReset(output), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutUnprepareHeader(output, &tone->header, sizeof tone->header), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutClose(output), MMSYSERR_NOERROR);
 }
 
 // Times calls; prints each and keeps the longest.
