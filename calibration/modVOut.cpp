@@ -187,12 +187,25 @@ std::string gsVOutLevelCaption(std::int32_t lOutLevelBar, const std::string& sVO
         const float voutMax = mfVolts(sVOutMax);
         const float vout2 = mfVolts(sVOut2);
         if (!gbVOutMaxValidActive(voutMax, vout2, bError)) return;
-        const std::int32_t step = glMixerLevelOfBar(lOutLevelBar);
-        const float volts = gfStep2VOut(step, voutMax, vout2, bError);
+        const float volts = gfVOutFullScale(lOutLevelBar, sVOutMax, sVOut2, bError);
         if (bError) return;
         caption += "  " + rt::formatNumber(volts, gsGFormat(volts, bError)) + " (V) ";
     });
     return caption;
+}
+
+float gfVOutFullScale(std::int32_t lOutLevelBar, const std::string& sVOutMax,
+                      const std::string& sVOut2, ErrorFlag& bError)
+{
+    float volts = 0;
+    rt::Trap trap(kModule, "gfVOutFullScale", bError);
+    trap.step([&] {
+        const float voutMax = mfVolts(sVOutMax);
+        const float vout2 = mfVolts(sVOut2);
+        if (!gbVOutMaxValidActive(voutMax, vout2, bError)) return;
+        volts = gfStep2VOut(glMixerLevelOfBar(lOutLevelBar), voutMax, vout2, bError);
+    });
+    return volts;
 }
 
 std::string gsVOutIdent(ErrorFlag& bError)

@@ -16,6 +16,7 @@
 
 class QAction;
 class QCloseEvent;
+class QLabel;
 class QMenu;
 class QTabWidget;
 
@@ -158,6 +159,24 @@ public:
     QAction* mnuHelp = nullptr;
     QAction* mnuHAbout = nullptr;
 
+    // ---- Analysis: the precise loop, the spectrum view, Measure tone, the
+    // polarity verdict and WAV export (frmWavelarkWaveMenu.cpp,
+    // frmWavelarkSpectrum.cpp, frmWavelarkBurst.cpp, frmWavelarkExport.cpp) ----
+    void mnuWavePreciseLoop_Click();
+    void mnuPlotTimeResponse_Click();
+    void mnuPlotSpectrum_Click();
+    void mnuPlotMeasureTone_Click();
+    void mnuFiExport_Click();
+    QAction* mnuWavePreciseLoop = nullptr;
+    QAction* mnuFiExport = nullptr;
+    // The plot's right-click menu.
+    QMenu* mnuPlot = nullptr;
+    QAction* mnuPlotTimeResponse = nullptr;
+    QAction* mnuPlotSpectrum = nullptr;
+    QAction* mnuPlotMeasureTone = nullptr;
+    // The last polarity verdict, at the right of the status bar.
+    QLabel* lblVerdict = nullptr;
+
 protected:
     // The title-bar close and the window manager's close.
     void closeEvent(QCloseEvent* event) override;
@@ -270,6 +289,27 @@ private:
                      ErrorFlag& bError);
     void mVOutUpdate();
     void picPolarity_Resize();
+
+    // ---- Analysis (see the public block above) ----
+    void makeAnalysisMenus(QMenu* file, QMenu* wave);
+    void connectAnalysisHandlers();
+    // True while the plot shows the spectrum rather than the time response.
+    bool mbSpectrumShown() const;
+    // The signal the spectrum and the export use: the last recording (a
+    // measured burst or tone) while it stands, else one whole loop of the
+    // made signal, made afresh. Returns its rate (0: nothing to use).
+    std::int32_t mlAnalysedSignal(rt::SampleArray& anSignal, ErrorFlag& bError);
+    // Draws the spectrum of the analysed signal and its figures on the plot.
+    void mShowSpectrum(ErrorFlag& bError);
+    // Keeps anRecord, recorded at the input's rate, as the analysed signal.
+    void mKeepRecording();
+    // A made signal replaces the recording as what is analysed.
+    void mForgetRecording();
+    // The verdict of the burst just measured, on the plot and in lblVerdict.
+    void mShowPolarityVerdict(ErrorFlag& bError);
+    rt::SampleArray anRecorded;
+    std::int32_t recordedRate_ = 0;
+    std::string verdictText_;
 
     bool unloadedUnseen_ = false;
     bool unloaded_ = false;

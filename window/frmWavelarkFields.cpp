@@ -10,6 +10,7 @@
 
 #include <algorithm>
 
+#include <QAction>
 #include <QTabWidget>
 
 #include "base/Convert.h"
@@ -193,7 +194,9 @@ void frmWavelark::txtBurstCycles_LostFocus()
 
 bool frmWavelark::mbLongPass() const
 {
-    return chkSweep->value() != 0 || tabTab->currentIndex() == kBurstPage;
+    // A precise loop may run for seconds before it comes round.
+    return chkSweep->value() != 0 || tabTab->currentIndex() == kBurstPage ||
+           (mnuWavePreciseLoop != nullptr && mnuWavePreciseLoop->isChecked());
 }
 
 void frmWavelark::txtFrequency1Changed(float, ErrorFlag& bError)

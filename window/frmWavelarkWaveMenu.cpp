@@ -124,3 +124,15 @@ void frmWavelark::mWaveMenuShape(const char* procedure, ui::OptionButton* shape,
 void frmWavelark::mnuWaveSquare_Click() { mWaveMenuShape("mnuWaveSquare_Click", optMarkSpace, "50"); }
 void frmWavelark::mnuWaveTriangle_Click() { mWaveMenuShape("mnuWaveTriangle_Click", optTriangle, "50"); }
 void frmWavelark::mnuWaveSawtooth_Click() { mWaveMenuShape("mnuWaveSawtooth_Click", optTriangle, "0"); }
+
+void frmWavelark::mnuWavePreciseLoop_Click()
+{
+    ErrorFlag bError = kFalse;
+    rt::Trap trap(kModule, "mnuWavePreciseLoop_Click", bError);
+    // A long precise loop is left at once (mbLongPass) rather than at the
+    // end of a pass that may last seconds; a short loop is followed without
+    // a gap.
+    const bool wasLong = mbLongPass();
+    trap.step([&] { gWaveOutSetPreciseLoop(toBool16(mnuWavePreciseLoop->isChecked())); });
+    trap.step([&] { mWaveOutChangeShow("", wasLong, bError); });
+}
