@@ -245,6 +245,8 @@ private:
     // True when the playing pass may last long (a sweep, a burst period),
     // so a change is heard at once rather than at the end of the pass.
     bool mbLongPass() const;
+    // The same for a tone made with or without the precise loop.
+    bool mbLongPassWith(bool preciseLoop) const;
     void upDownMouseDown(const char* procedure, ui::UpDown* upDown, std::int16_t button);
     void upDownChanged(const char* procedure, ui::UpDown* upDown);
     void fieldChanged(const FieldRow& row);

@@ -194,9 +194,13 @@ void frmWavelark::txtBurstCycles_LostFocus()
 
 bool frmWavelark::mbLongPass() const
 {
+    return mbLongPassWith(mnuWavePreciseLoop != nullptr && mnuWavePreciseLoop->isChecked());
+}
+
+bool frmWavelark::mbLongPassWith(bool preciseLoop) const
+{
     // A precise loop may run for seconds before it comes round.
-    return chkSweep->value() != 0 || tabTab->currentIndex() == kBurstPage ||
-           (mnuWavePreciseLoop != nullptr && mnuWavePreciseLoop->isChecked());
+    return chkSweep->value() != 0 || tabTab->currentIndex() == kBurstPage || preciseLoop;
 }
 
 void frmWavelark::txtFrequency1Changed(float, ErrorFlag& bError)

@@ -129,10 +129,10 @@ void frmWavelark::mnuWavePreciseLoop_Click()
 {
     ErrorFlag bError = kFalse;
     rt::Trap trap(kModule, "mnuWavePreciseLoop_Click", bError);
-    // A long precise loop is left at once (mbLongPass) rather than at the
-    // end of a pass that may last seconds; a short loop is followed without
-    // a gap.
-    const bool wasLong = mbLongPass();
-    trap.step([&] { gWaveOutSetPreciseLoop(toBool16(mnuWavePreciseLoop->isChecked())); });
-    trap.step([&] { mWaveOutChangeShow("", wasLong, bError); });
+    // The item has already changed. The loop playing was made the other way:
+    // a precise one, whose pass may last seconds, is left at once; a plain
+    // one is followed without a gap.
+    const bool precise = mnuWavePreciseLoop->isChecked();
+    trap.step([&] { gWaveOutSetPreciseLoop(toBool16(precise)); });
+    trap.step([&] { mWaveOutChangeShow("", mbLongPassWith(!precise), bError); });
 }
