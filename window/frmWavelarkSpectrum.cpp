@@ -30,6 +30,10 @@
 namespace {
 
 constexpr const char* kMeasureToneTitle = "Measure tone";
+// The spectrum looks at no more than this many samples (1.5 s at 44.1 kHz),
+// so that a precise loop of a million samples is drawn in milliseconds; the
+// window keeps the figures' resolution far below a hertz.
+constexpr std::int32_t kSpectrumSamplesMax = 65536;
 constexpr const char* kMutedText =
     "Nothing plays while Mute is checked.\n\nClear Mute, then choose Measure tone again.";
 
@@ -134,6 +138,8 @@ void frmWavelark::mKeepRecording()
 {
     anRecorded = anRecord;
     recordedRate_ = gWaveInInfo().sampleRate;
+    // A verdict belongs to the burst it was made of.
+    verdictText_.clear();
 }
 
 void frmWavelark::mForgetRecording()
@@ -170,6 +176,7 @@ void frmWavelark::mShowSpectrum(ErrorFlag& bError)
         trap.leaveOnError(bError);
     });
     trap.step([&] {
+        if (signal.size() > kSpectrumSamplesMax) signal.redimPreserve(signal.lbound() + kSpectrumSamplesMax - 1);
         if (rate > 0 && !signal.empty()) spectrum = gSpectrum(signal, rate, bError);
         trap.leaveOnError(bError);
     });
