@@ -183,10 +183,8 @@ std::string gsVOutLevelVolts(std::int32_t lOutLevelBar, const std::string& sVOut
     std::string volts;
     rt::Trap trap(kModule, "gsVOutLevelVolts", bError);
     trap.step([&] {
-        const float voutMax = mfVolts(sVOutMax);
-        const float vout2 = mfVolts(sVOut2);
-        if (!gbVOutMaxValidActive(voutMax, vout2, bError)) return;
-        const float value = gfStep2VOut(glMixerLevelOfBar(lOutLevelBar), voutMax, vout2, bError);
+        if (!gbVOutMaxValidActive(mfVolts(sVOutMax), mfVolts(sVOut2), bError)) return;
+        const float value = gfVOutFullScale(lOutLevelBar, sVOutMax, sVOut2, bError);
         if (bError) return;
         volts = rt::formatNumber(value, gsGFormat(value, bError));
     });
@@ -203,6 +201,20 @@ std::string gsVOutLevelCaption(std::int32_t lOutLevelBar, const std::string& sVO
         if (!volts.empty()) caption += "  " + volts + " (V) ";
     });
     return caption;
+}
+
+float gfVOutFullScale(std::int32_t lOutLevelBar, const std::string& sVOutMax,
+                      const std::string& sVOut2, ErrorFlag& bError)
+{
+    float volts = 0;
+    rt::Trap trap(kModule, "gfVOutFullScale", bError);
+    trap.step([&] {
+        const float voutMax = mfVolts(sVOutMax);
+        const float vout2 = mfVolts(sVOut2);
+        if (!gbVOutMaxValidActive(voutMax, vout2, bError)) return;
+        volts = gfStep2VOut(glMixerLevelOfBar(lOutLevelBar), voutMax, vout2, bError);
+    });
+    return volts;
 }
 
 std::string gsVOutIdent(ErrorFlag& bError)

@@ -66,6 +66,12 @@ float gfStep2VOut(std::int32_t lStep, float fVOutMax, float fVOut2, ErrorFlag& b
 // 0 < fVOut2 < fVOutMax.
 Bool16 gbVOutMaxValidActive(float fVOutMax, float fVOut2, ErrorFlag& bError);
 
+// The volts (RMS) of a full-scale sine at the output level bar's value
+// lOutLevelBar, or 0 when sVOutMax and sVOut2 are not a usable
+// calibration.
+float gfVOutFullScale(std::int32_t lOutLevelBar, const std::string& sVOutMax,
+                      const std::string& sVOut2, ErrorFlag& bError);
+
 // The volts at the output level bar's value (0 at the top, loudest, to
 // 32767) in the volt format ("1.00"), when sVOutMax and sVOut2 are a usable
 // calibration; "" otherwise. The one rule for every place that shows the

@@ -57,6 +57,15 @@ void PictureBox::box(float x1, float y1, float x2, float y2)
     current_ = QPointF(x2, y2);
 }
 
+void PictureBox::paintOn(const std::function<void(QPainter&)>& draw)
+{
+    {
+        QPainter painter(&image_);
+        draw(painter);
+    }
+    update();
+}
+
 void PictureBox::paintEvent(QPaintEvent* event)
 {
     {

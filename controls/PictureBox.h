@@ -12,6 +12,8 @@
 #include <QPointF>
 #include <QFrame>
 
+class QPainter;
+
 #include "controls/ControlAdapters.h"
 #include "platform/PlotSurface.h"
 
@@ -43,6 +45,9 @@ public:
     void line(float x1, float y1, float x2, float y2) override;
     void box(float x1, float y1, float x2, float y2) override;
     void refresh() override { update(); }
+    // Draws with a painter on the retained image (text and pictures the
+    // plot calls above cannot draw), then shows it.
+    void paintOn(const std::function<void(QPainter&)>& draw);
 
     QSize sizeHint() const override { return {320, 180}; }
 

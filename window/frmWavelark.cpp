@@ -84,6 +84,7 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     connectLifeHandlers();
     connectCalibrationHandlers();
     connectPrintHandlers();
+    connectAnalysisHandlers();
 
     ui::addOpenForm(this);
 }
@@ -337,5 +338,8 @@ void frmWavelark::makeMenus()
     mnuHelp->setObjectName("mnuHelp");
     controls_.adopt(std::make_unique<ui::MenuControl>(mnuHelp));
     mnuHAbout = addMenuItem(help, "mnuHAbout", "&About Wavelark");
+
+    // Analysis: Export WAV in File, Precise loop in Wave, the plot's menu.
+    makeAnalysisMenus(file, wave);
 }
 

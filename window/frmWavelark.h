@@ -174,6 +174,24 @@ public:
     // and sets the error flag.
     void PrintForm(QPrinter& printer, ErrorFlag& bError);
 
+    // ---- Analysis: the precise loop, the spectrum view, Measure tone, the
+    // polarity verdict and WAV export (frmWavelarkWaveMenu.cpp,
+    // frmWavelarkSpectrum.cpp, frmWavelarkBurst.cpp, frmWavelarkExport.cpp) ----
+    void mnuWavePreciseLoop_Click();
+    void mnuPlotTimeResponse_Click();
+    void mnuPlotSpectrum_Click();
+    void mnuPlotMeasureTone_Click();
+    void mnuFiExport_Click();
+    QAction* mnuWavePreciseLoop = nullptr;
+    QAction* mnuFiExport = nullptr;
+    // The plot's right-click menu.
+    QMenu* mnuPlot = nullptr;
+    QAction* mnuPlotTimeResponse = nullptr;
+    QAction* mnuPlotSpectrum = nullptr;
+    QAction* mnuPlotMeasureTone = nullptr;
+    // The last polarity verdict, at the right of the status bar.
+    QLabel* lblVerdict = nullptr;
+
 protected:
     // The title-bar close and the window manager's close.
     void closeEvent(QCloseEvent* event) override;
@@ -242,6 +260,8 @@ private:
     // True when the playing pass may last long (a sweep, a burst period),
     // so a change is heard at once rather than at the end of the pass.
     bool mbLongPass() const;
+    // The same for a tone made with or without the precise loop.
+    bool mbLongPassWith(bool preciseLoop) const;
     void upDownMouseDown(const char* procedure, ui::UpDown* upDown, std::int16_t button);
     void upDownChanged(const char* procedure, ui::UpDown* upDown);
     void fieldChanged(const FieldRow& row);
@@ -300,6 +320,27 @@ private:
     // The interval over which this run has measured the card's fall (see
     // gVOutCalibrate): kept for the run, never stored.
     std::int32_t mlVOutState = 0;
+
+    // ---- Analysis (see the public block above) ----
+    void makeAnalysisMenus(QMenu* file, QMenu* wave);
+    void connectAnalysisHandlers();
+    // True while the plot shows the spectrum rather than the time response.
+    bool mbSpectrumShown() const;
+    // The signal the spectrum and the export use: the last recording (a
+    // measured burst or tone) while it stands, else one whole loop of the
+    // made signal, made afresh. Returns its rate (0: nothing to use).
+    std::int32_t mlAnalysedSignal(rt::SampleArray& anSignal, ErrorFlag& bError);
+    // Draws the spectrum of the analysed signal and its figures on the plot.
+    void mShowSpectrum(ErrorFlag& bError);
+    // Keeps anRecord, recorded at the input's rate, as the analysed signal.
+    void mKeepRecording();
+    // A made signal replaces the recording as what is analysed.
+    void mForgetRecording();
+    // The verdict of the burst just measured, on the plot and in lblVerdict.
+    void mShowPolarityVerdict(ErrorFlag& bError);
+    rt::SampleArray anRecorded;
+    std::int32_t recordedRate_ = 0;
+    std::string verdictText_;
 
     bool unloadedUnseen_ = false;
     bool unloaded_ = false;

@@ -5,12 +5,16 @@
 
 #include <algorithm>
 
+#include <QLabel>
+#include <QPainter>
 #include <QTabWidget>
 
+#include "analysis/modPolarityVerdict.h"
 #include "base/Convert.h"
 #include "base/NumberText.h"
 #include "base/Trap.h"
 #include "controls/PictureBox.h"
+#include "controls/QtConversions.h"
 #include "controls/SimpleControls.h"
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
@@ -25,7 +29,50 @@ namespace {
 
 constexpr std::int32_t kBurstPeriodMax = 2000;  // ms
 
+// The verdict as one line of text at the plot's top left, in black or
+// white, whichever stands out from the background.
+void drawVerdictLine(ui::PictureBox& plot, const std::string& verdict)
+{
+    const QColor ink = ui::toQColor(plot.backColor()).lightness() < 128 ? QColor(Qt::white) : QColor(Qt::black);
+    plot.paintOn([&](QPainter& painter) {
+        painter.setPen(ink);
+        painter.drawText(QPointF(6, 4 + painter.fontMetrics().ascent()), QString::fromStdString(verdict));
+    });
+}
+
+// "Polarity: normal  Delay: 20.000 ms (882 samples)  Gain: -0.0 dB", or
+// "No signal".
+std::string verdictText(const PolarityVerdict& verdict)
+{
+    std::string text = gsPolarityText(verdict);
+    if (!verdict.signal) return text;
+    return text + "  Delay: " + rt::formatNumber(verdict.delayMs, "0.000") + " ms (" +
+           std::to_string(verdict.delaySamples) + " samples)  Gain: " +
+           rt::formatNumber(verdict.gainDb, "0.0") + " dB";
+}
+
 }  // namespace
+
+void frmWavelark::mShowPolarityVerdict(ErrorFlag& bError)
+{
+    rt::Trap trap(kModule, "mShowPolarityVerdict", bError);
+    rt::SampleArray played;
+    std::int32_t playedRate = 0;
+    // The burst just fired is the generator's signal: made again, whole.
+    trap.step([&] {
+        playedRate = glWaveOutMake(played, bError);
+        trap.leaveOnError(bError);
+    });
+    trap.step([&] {
+        if (playedRate != recordedRate_) {
+            verdictText_ = "No verdict: the input records at " + std::to_string(recordedRate_) +
+                           " samples/s, the output plays at " + std::to_string(playedRate);
+            return;
+        }
+        verdictText_ = verdictText(gPolarityVerdict(played, anRecorded, playedRate, bError));
+    });
+    trap.step([&] { lblVerdict->setText(QString::fromStdString(verdictText_)); });
+}
 
 std::int32_t frmWavelark::mlBurstPeriodMin(ErrorFlag& bError)
 {
@@ -118,10 +165,17 @@ void frmWavelark::cmdBurstFire_Click()
     });
     trap.step([&] {
         if (bError || chkBurstMeasure->value() == 0) return;
-        // The recording alone, on a cleared plot.
+        mKeepRecording();
         ErrorFlag bShown = kFalse;
-        gTimeResponseShowClsDrawAxis(bShown);
-        gTimeResponseShow(anRecord, kTrue, kTimeResponseFullScale, ui::kColourYellow, bShown);
+        mShowPolarityVerdict(bShown);
+        if (mbSpectrumShown()) {
+            mShowSpectrum(bShown);
+        } else {
+            // The recording alone, on a cleared plot, under its verdict.
+            gTimeResponseShowClsDrawAxis(bShown);
+            gTimeResponseShow(anRecord, kTrue, kTimeResponseFullScale, ui::kColourYellow, bShown);
+            drawVerdictLine(*picPolarity, verdictText_);
+        }
         lblInLevel->setForeColor(ui::kColourYellow);
     });
     trap.step([&] { anRecord.redim(0, 0); });

@@ -12,6 +12,7 @@
 #include <cmath>
 #include <limits>
 
+#include <QAction>
 #include <QTabWidget>
 
 #include "base/Convert.h"
@@ -235,7 +236,13 @@ void frmWavelark::txtBurstCycles_LostFocus()
 
 bool frmWavelark::mbLongPass() const
 {
-    return chkSweep->value() != 0 || tabTab->currentIndex() == kBurstPage;
+    return mbLongPassWith(mnuWavePreciseLoop != nullptr && mnuWavePreciseLoop->isChecked());
+}
+
+bool frmWavelark::mbLongPassWith(bool preciseLoop) const
+{
+    // A precise loop may run for seconds before it comes round.
+    return chkSweep->value() != 0 || tabTab->currentIndex() == kBurstPage || preciseLoop;
 }
 
 void frmWavelark::txtFrequency1Changed(float, ErrorFlag& bError)

@@ -27,6 +27,11 @@ std::int16_t frmWavelark::mnTimeResponseInitDrawAxisForm(ErrorFlag& bError)
 
 void frmWavelark::mShowTimeResponse(std::int32_t colour, ErrorFlag& bError)
 {
+    // The spectrum view shows the same signal in its own way.
+    if (mbSpectrumShown()) {
+        mShowSpectrum(bError);
+        return;
+    }
     rt::Trap trap(kModule, "mShowTimeResponse", bError);
     rt::SampleArray scaled;
     trap.step([&] { lblInLevel->setForeColor(ui::kColourButtonText); });

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include <QAction>
 #include <QTabWidget>
 
 #include "base/Convert.h"
@@ -20,6 +21,7 @@
 #include "controls/TextBox.h"
 #include "controls/UpDown.h"
 #include "controls/VScrollBar.h"
+#include "engine/modWaveInOut.h"
 #include "entry/modGetLocaleInfo.h"
 #include "mixer/modMixer.h"
 #include "platform/Colours.h"
@@ -144,6 +146,14 @@ std::vector<Setting> settingsTable(frmWavelark& w)
         {"picPolarity.BackColor", integerText(ui::kColourButtonFace),
          [&w](const std::string& v) { w.picPolarity->setBackColor(rt::toInt32User(v)); },
          [&w] { return integerText(w.picPolarity->backColor()); }, std::source_location::current()},
+        // Analysis: the precise loop, off unless the user chose it; the
+        // signal made after the settings are read uses it.
+        {"mnuWavePreciseLoop", "False",
+         [&w](const std::string& v) {
+             w.mnuWavePreciseLoop->setChecked(rt::toBooleanUser(v));
+             gWaveOutSetPreciseLoop(toBool16(w.mnuWavePreciseLoop->isChecked()));
+         },
+         [&w] { return rt::booleanText(w.mnuWavePreciseLoop->isChecked()); }, std::source_location::current()},
     };
     return table;
 }

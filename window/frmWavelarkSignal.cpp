@@ -50,6 +50,7 @@ void frmWavelark::mWaveChangeShow(const std::string& action, std::int32_t loops,
         // applied until the window is enabled again.
         if (!isEnabled()) trap.leave();
     });
+    trap.step([&] { mForgetRecording(); });
     trap.step([&] {
         mSetFrequency1SweepBurst(bError);
         trap.leaveOnError(bError);

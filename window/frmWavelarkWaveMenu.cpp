@@ -124,3 +124,15 @@ void frmWavelark::mWaveMenuShape(const char* procedure, ui::OptionButton* shape,
 void frmWavelark::mnuWaveSquare_Click() { mWaveMenuShape("mnuWaveSquare_Click", optMarkSpace, "50"); }
 void frmWavelark::mnuWaveTriangle_Click() { mWaveMenuShape("mnuWaveTriangle_Click", optTriangle, "50"); }
 void frmWavelark::mnuWaveSawtooth_Click() { mWaveMenuShape("mnuWaveSawtooth_Click", optTriangle, "0"); }
+
+void frmWavelark::mnuWavePreciseLoop_Click()
+{
+    ErrorFlag bError = kFalse;
+    rt::Trap trap(kModule, "mnuWavePreciseLoop_Click", bError);
+    // The item has already changed. The loop playing was made the other way:
+    // a precise one, whose pass may last seconds, is left at once; a plain
+    // one is followed without a gap.
+    const bool precise = mnuWavePreciseLoop->isChecked();
+    trap.step([&] { gWaveOutSetPreciseLoop(toBool16(precise)); });
+    trap.step([&] { mWaveOutChangeShow("", mbLongPassWith(!precise), bError); });
+}

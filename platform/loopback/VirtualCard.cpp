@@ -353,7 +353,7 @@ private:
             return;
         }
         const Levels& mixer = levels();
-        const double gain = mixer.micMute ? 0.0 : linearGain(mixer.mic);
+        const double gain = (mixer.micMute ? 0.0 : linearGain(mixer.mic)) * setup_.inputGain;
         std::int16_t chunk[kChunk];
         while (input.produced < due) {
             const std::size_t count = static_cast<std::size_t>(

@@ -41,6 +41,9 @@ struct CardSetup {
     MMRESULT failWrites = MMSYSERR_NOERROR;
     // The input opens and starts but never delivers a sample.
     bool silentInput = false;
+    // What the input hears of the output, beside the mixer's level: -1 an
+    // inverting stage, 0 a broken cable (samples of silence), 0.5 -6 dB.
+    double inputGain = 1;
     // The card is gone: open streams fail with MMSYSERR_NODRIVER at the next
     // clock step (their queued headers are marked done), and the device
     // lists are empty.

@@ -62,6 +62,11 @@ void silenceInput(bool silent)
     withCardSetup([&](CardSetup& setup) { setup.silentInput = silent; });
 }
 
+void setInputGain(double gain)
+{
+    withCardSetup([&](CardSetup& setup) { setup.inputGain = gain; });
+}
+
 void vanish()
 {
     withCardSetup([](CardSetup& setup) { setup.vanished = true; });

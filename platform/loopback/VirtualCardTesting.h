@@ -31,6 +31,10 @@ void refuseOutputOpen(MMRESULT code);
 void refuseInputOpen(MMRESULT code);
 void failWrites(MMRESULT code);
 void silenceInput(bool silent);
+// What the input hears of the output: -1 inverted, 0 silence (delivered as
+// samples, unlike silenceInput), 1 as played (the default). The delay is
+// the latency.
+void setInputGain(double gain);
 void vanish();
 // The vanished card and its mixers back, as a device plugged in again or a
 // sound server restarted: what was open when it went stays lost, what is

@@ -100,6 +100,13 @@ const Expected kMenus[] = {
     {"mnuWaveSawtooth", "Menu", "Sawtooth", nullptr},
     {"mnuHelp", "Menu", "&Help", nullptr},
     {"mnuHAbout", "Menu", "&About Wavelark", nullptr},
+    // Analysis: File, Wave and the plot's right-click menu.
+    {"mnuFiExport", "Menu", "&Export WAV...", nullptr},
+    {"mnuWavePreciseLoop", "Menu", "&Precise loop", nullptr},
+    {"mnuPlotTimeResponse", "Menu", "&Time response", nullptr},
+    {"mnuPlotSpectrum", "Menu", "&Spectrum", nullptr},
+    {"mnuPlotHyphen", "Menu", "-", nullptr},
+    {"mnuPlotMeasureTone", "Menu", "&Measure tone", nullptr},
 };
 
 class LayoutTest : public ::testing::Test {
