@@ -170,6 +170,12 @@ void gWaveInRecordOpen(std::int32_t lSampleRate, std::int16_t nBits, std::int32_
 // from index 1 and closes the input. An input that delivers too little in
 // time is closed, nothing is copied, and a warning box says so.
 void gWaveInRecordStop(std::int32_t lBytes, rt::SampleArray& anRecord, ErrorFlag& bError);
+// Records lSamples of the input at lSampleRate into anRecord (sized to
+// them, from index 1) while the output plays on as it is, as a tone's
+// measurement does; fails as gWaveInRecordStop does when the input delivers
+// too little in time.
+void gWaveInRecordWhilePlaying(std::int32_t lSampleRate, std::int32_t lSamples,
+                               rt::SampleArray& anRecord, ErrorFlag& bError);
 // Closes the input when open (reset, headers unprepared and freed); the
 // handle is 0 afterwards in every case.
 void gWaveInClose(ErrorFlag& bError);

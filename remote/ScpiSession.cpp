@@ -51,6 +51,10 @@ NumberUnit unitOf(Number which)
     }
 }
 
+// What a query answers for a number it cannot give, so that a client
+// always gets a reply; the error queue says why.
+constexpr const char* kNotANumber = "9.91E+37";
+
 std::string numberText(double value)
 {
     char text[32];
@@ -159,7 +163,8 @@ Entry numberEntry(const char* header, Number which)
             },
             [which](Call& call) {
                 if (!call.takes(0)) return;
-                if (const auto value = call.instrument.number(which, call.errors)) call.reply(numberText(*value));
+                const auto value = call.instrument.number(which, call.errors);
+                call.reply(value ? numberText(*value) : kNotANumber);
             }};
 }
 
@@ -188,6 +193,18 @@ Entry eventEntry(const char* header, std::function<void(Call&)> action)
     return {HeaderPattern(header), [action = std::move(action)](Call& call) {
                 if (call.takes(0)) action(call);
             }, {}};
+}
+
+// One figure of a measured tone; none when no tone stood out.
+std::string toneFigure(Call& call, double ToneMeasurement::*figure)
+{
+    const auto tone = call.instrument.measure(call.errors);
+    if (!tone) return kNotANumber;
+    if (!tone->tone) {
+        call.errors.push(kDataStale, "no tone stands out in the recording");
+        return kNotANumber;
+    }
+    return numberText((*tone).*figure);
 }
 
 // Text of several lines as a definite-length block: "#3" + three digits
@@ -248,7 +265,10 @@ const std::vector<Entry>& commandTable()
         queryEntry("[SOURce:]BURSt:FIRE:MEASure",
                    [](Call& call) {
                        const auto burst = call.instrument.fireMeasuredBurst(call.errors);
-                       if (!burst) return;
+                       if (!burst) {
+                           call.reply(quoted("No measurement") + "," + kNotANumber + "," + kNotANumber + ",NONE");
+                           return;
+                       }
                        const char* polarity = burst->polarity > 0 ? "NORM" : burst->polarity < 0 ? "INV" : "NONE";
                        call.reply(quoted(burst->verdict) + "," + numberText(burst->peak) + "," +
                                   numberText(burst->delayMs) + "," + polarity);
@@ -257,15 +277,9 @@ const std::vector<Entry>& commandTable()
         numberEntry("[SOURce:]VOLTage[:LEVel]", Number::OutputLevel),
         numberEntry("[SOURce:]VOLTage[:LEVel]:VRMS", Number::OutputVolts),
 
-        queryEntry("MEASure:THDN",
-                   [](Call& call) {
-                       if (const auto tone = call.instrument.measure(call.errors)) call.reply(numberText(tone->thdnDb));
-                   }),
+        queryEntry("MEASure:THDN", [](Call& call) { call.reply(toneFigure(call, &ToneMeasurement::thdnDb)); }),
         queryEntry("MEASure:FREQuency",
-                   [](Call& call) {
-                       if (const auto tone = call.instrument.measure(call.errors))
-                           call.reply(numberText(tone->frequency));
-                   }),
+                   [](Call& call) { call.reply(toneFigure(call, &ToneMeasurement::frequency)); }),
     };
     return table;
 }

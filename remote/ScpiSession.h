@@ -20,7 +20,9 @@
 //   MEASure:THDN?   MEASure:FREQuency?
 // Each setting also has its query (FREQ?). A bare number is in the
 // setting's own unit (Hz, s, ms, V); a unit may follow it: HZ, KHZ, MHZ
-// (mega), S, MS, US, V, MV.
+// (mega), S, MS, US, V, MV. A query whose number cannot be given (no
+// tone in the recording, no calibration) answers 9.91E+37 and queues the
+// reason, so a client always gets its reply.
 #include <string>
 #include <string_view>
 

@@ -81,6 +81,7 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     makeAccessible();
     connectSignalHandlers();
     connectLifeHandlers();
+    makeRemote();
 
     ui::addOpenForm(this);
 }

@@ -122,6 +122,7 @@ void frmWavelark::cmdBurstFire_Click()
         gTimeResponseShowClsDrawAxis(bShown);
         gTimeResponseShow(anRecord, kTrue, kTimeResponseFullScale, ui::kColourYellow, bShown);
         lblInLevel->setForeColor(ui::kColourYellow);
+        anLastRecording = anRecord;
     });
     trap.step([&] { anRecord.redim(0, 0); });
     setEnabled(true);
