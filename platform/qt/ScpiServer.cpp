@@ -64,15 +64,18 @@ std::vector<QHostAddress> ScpiServer::addresses() const
 
 void ScpiServer::takeClient()
 {
+    if (client_) return;
     for (QTcpServer* server : {&v4_, &v6_}) {
-        if (client_ || !server->hasPendingConnections()) continue;
+        if (!server->hasPendingConnections()) continue;
         client_ = server->nextPendingConnection();
-        // Qt reads no further than this ahead of us: a client that sends
-        // faster than its lines run is held back by the connection itself.
-        client_->setReadBufferSize(kReadChunk);
-        connect(client_, &QTcpSocket::readyRead, this, &ScpiServer::serve);
-        connect(client_, &QTcpSocket::disconnected, this, &ScpiServer::dropClient);
+        break;
     }
+    if (!client_) return;
+    // Qt reads no further than this ahead of us: a client that sends faster
+    // than its lines run is held back by the connection itself.
+    client_->setReadBufferSize(kReadChunk);
+    connect(client_, &QTcpSocket::readyRead, this, &ScpiServer::serve);
+    connect(client_, &QTcpSocket::disconnected, this, &ScpiServer::dropClient);
     // Whoever connects next waits in the system's queue until this client
     // has gone.
     v4_.pauseAccepting();
