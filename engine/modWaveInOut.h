@@ -142,6 +142,9 @@ void gWaveOutPlay(std::int32_t lLoops, std::int16_t nFirst, std::int16_t nLast,
 // Whether the current output header is done, waiting for it within its
 // budget (mbWaveOutDoneHdrPtr).
 Bool16 gbWaveOutDone(ErrorFlag& bError);
+// Waits, within the budget of the header that played before the last
+// change, until that header's pass is done and the changed signal plays.
+void gWaveOutWaitChangePlaying(ErrorFlag& bError);
 // Whether the open output has been lost (its device or sound server gone or
 // stalled), with the platform's text for it in sText. Cheap: a window may
 // ask every few hundred milliseconds. A closed output is not lost. The next

@@ -44,8 +44,9 @@ namespace {
 
 constexpr std::int32_t kLowestPort = 1024;
 constexpr std::int32_t kHighestPort = 65535;
-// A tone's measurement records this long and leaves out the first quarter
-// of a second, which may still hold the signal from before a change.
+// A tone's measurement starts once a change is playing, records this long
+// and leaves out the first quarter of a second: the sound server's buffer
+// may still hold the signal from before the change.
 constexpr double kRecordSeconds = 1.25;
 constexpr double kSettleSeconds = 0.25;
 
@@ -496,7 +497,7 @@ std::optional<scpi::BurstMeasurement> frmWavelark::RemoteControl::fireMeasuredBu
 
 std::optional<scpi::ToneMeasurement> frmWavelark::RemoteControl::measure(scpi::ErrorQueue& errors)
 {
-    const std::int32_t rate = gWaveOutInfo().sampleRate;
+    const std::int32_t rate = gWaveInInfo().sampleRate;
     const bool playing = w_.chkMute->value() == 0 && w_.chkBurstAuto->value() == 0;
     if (!playing && w_.anLastRecording.empty()) {
         errors.push(scpi::kSettingsConflict,
@@ -506,6 +507,10 @@ std::optional<scpi::ToneMeasurement> frmWavelark::RemoteControl::measure(scpi::E
     ErrorFlag bError = kFalse;
     if (playing) {
         Caught caught(w_, errors);
+        // A change made just before may still wait for the end of the pass
+        // that played when it came.
+        gWaveOutWaitChangePlaying(bError);
+        if (bError) return std::nullopt;
         rt::SampleArray recording;
         gWaveInRecordWhilePlaying(rate, static_cast<std::int32_t>(rate * kRecordSeconds), recording, bError);
         if (bError) return std::nullopt;

@@ -46,10 +46,11 @@ public:
         ++bursts;
         return scpi::BurstMeasurement{"Polarity: INVERTED", 0.5, 1.25, -1};
     }
+    std::optional<scpi::ToneMeasurement> recording;
     std::optional<scpi::ToneMeasurement> measure(scpi::ErrorQueue& errors) override
     {
-        errors.push(scpi::kDataStale, "nothing recorded");
-        return std::nullopt;
+        if (!recording) errors.push(scpi::kSettingsConflict, "nothing recorded");
+        return recording;
     }
     std::string info() override { return infoText; }
 };
@@ -204,6 +205,19 @@ TEST_F(Remote, TheInfoPageComesAsABlockOfItsExactLength)
     EXPECT_EQ(run("SYST:INFO?"), "#231Output: Virtual\r\nInput: Virtual");
     instrument.infoText = std::string(1234, 'x');
     EXPECT_EQ(run("SYST:INFO?").substr(0, 6), "#41234");
+}
+
+TEST_F(Remote, AFigureThatCannotBeGivenStillAnswersAndQueuesWhy)
+{
+    EXPECT_EQ(run("MEAS:FREQ?"), "9.91E+37");
+    EXPECT_EQ(nextError().substr(0, 5), "-221,");
+    instrument.recording = scpi::ToneMeasurement{false, 0, -3};
+    EXPECT_EQ(run("MEAS:THDN?;FREQ?"), "9.91E+37;9.91E+37");
+    EXPECT_EQ(nextError().substr(0, 5), "-230,");
+    EXPECT_EQ(nextError().substr(0, 5), "-230,");
+    instrument.recording = scpi::ToneMeasurement{true, 2000.25, -93.5};
+    EXPECT_EQ(run("MEAS:FREQ?;THDN?"), "2000.25;-93.5");
+    EXPECT_EQ(nextError(), "0,\"No error\"");
 }
 
 // ---- The error queue -----------------------------------------------------------------
