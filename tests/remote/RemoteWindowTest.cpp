@@ -113,29 +113,16 @@ protected:
         rt::setErrorReporter(nullptr);
     }
 
-    std::vector<std::int16_t> played()
-    {
-        std::vector<std::int16_t> all;
-        for (const auto& segment : mm::loopback::takeTap())
-            all.insert(all.end(), segment.samples.begin(), segment.samples.end());
-        mm::loopback::startTap();
-        return all;
-    }
     // The frequency of the last 100 ms the card played.
     double playedFrequency()
     {
-        const auto heard = played();
+        const auto heard = testing_support::VirtualCardSession::takePlayed();
         const std::size_t tail = std::min<std::size_t>(heard.size(), 4410);
         return testing_support::measureFrequency(heard.data() + heard.size() - tail, tail, kRate);
     }
     QString remoteStatus() const { return window.findChild<QLabel*>("lblRemote")->text(); }
 
-    std::string boxTexts() const
-    {
-        std::string texts;
-        for (const auto& box : host.boxes) texts += box.title + ": " + box.text + "\n";
-        return texts;
-    }
+    std::string boxTexts() const { return host.boxTexts(); }
 
     testing_support::ScriptedHost host;
     testing_support::VirtualCardSession card{host};
