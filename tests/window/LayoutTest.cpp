@@ -100,6 +100,8 @@ const Expected kMenus[] = {
     {"mnuWaveSawtooth", "Menu", "Sawtooth", nullptr},
     {"mnuHelp", "Menu", "&Help", nullptr},
     {"mnuHAbout", "Menu", "&About Wavelark", nullptr},
+    // Listed last, shown in the File menu above its separator.
+    {"mnuFiRemote", "Menu", "&Remote control", nullptr},
 };
 
 class LayoutTest : public ::testing::Test {
