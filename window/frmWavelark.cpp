@@ -85,6 +85,7 @@ frmWavelark::frmWavelark(QWidget* parent) : QMainWindow(parent)
     connectCalibrationHandlers();
     connectPrintHandlers();
     connectAnalysisHandlers();
+    makeRemote();
 
     ui::addOpenForm(this);
 }

@@ -4,6 +4,7 @@
 // tab control (Sweep, Burst, Info, System), and the File, Wave and Help menus.
 // Members carry the control names; handlers carry the event names.
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -385,4 +386,31 @@ private:
     // Both bars' level in per cent, the output's also in volts once
     // calibrated, as tooltip and accessible description.
     void mLevelTipsUpdate();
+
+    // ---- Remote control (frmWavelarkRemote.cpp) ----
+public:
+    // File > Remote control: checked while the server listens.
+    QAction* mnuFiRemote = nullptr;
+    void mnuFiRemote_Click();
+    // Whether the server listens, and the port it listens (or last
+    // listened) on; both kept with the settings.
+    bool remoteOn() const;
+    std::uint16_t remotePort() const { return remotePort_; }
+    // From the settings at start-up: the port, then whether to listen.
+    void setRemotePort(std::int32_t port);
+    void setRemoteOn(bool on);
+
+private:
+    class RemoteControl;
+    void makeRemote();
+    // Starts the server on the port; a port that cannot be had is told in a
+    // box and leaves it off.
+    bool mbRemoteStart(std::uint16_t port);
+    void mRemoteStop();
+    void mRemoteShowStatus();
+    std::shared_ptr<RemoteControl> remote_;
+    std::uint16_t remotePort_ = 5025;
+    QLabel* lblRemote = nullptr;
+    // The recording of the last measured burst (empty before one).
+    rt::SampleArray anLastRecording;
 };

@@ -177,6 +177,7 @@ void frmWavelark::cmdBurstFire_Click()
             drawVerdictLine(*picPolarity, verdictText_);
         }
         lblInLevel->setForeColor(ui::kColourYellow);
+        anLastRecording = anRecord;
     });
     trap.step([&] { anRecord.redim(0, 0); });
     setEnabled(true);

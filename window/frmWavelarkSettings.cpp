@@ -154,6 +154,12 @@ std::vector<Setting> settingsTable(frmWavelark& w)
              gWaveOutSetPreciseLoop(toBool16(w.mnuWavePreciseLoop->isChecked()));
          },
          [&w] { return rt::booleanText(w.mnuWavePreciseLoop->isChecked()); }, std::source_location::current()},
+        // Remote control: its port, then whether it listens (off unless
+        // the user turned it on).
+        {"RemotePort", "5025", [&w](const std::string& v) { w.setRemotePort(rt::toInt32User(v)); },
+         [&w] { return integerText(w.remotePort()); }, std::source_location::current()},
+        {"RemoteControl", "False", [&w](const std::string& v) { w.setRemoteOn(rt::toBooleanUser(v)); },
+         [&w] { return rt::booleanText(w.remoteOn()); }, std::source_location::current()},
     };
     return table;
 }

@@ -75,4 +75,11 @@ std::int32_t ScriptedHost::openAddress(const std::string& address)
     return openAddressResult;
 }
 
+std::string ScriptedHost::boxTexts() const
+{
+    std::string texts;
+    for (const Box& box : boxes) texts += box.title + ": " + box.text + "\n";
+    return texts;
+}
+
 }  // namespace testing_support

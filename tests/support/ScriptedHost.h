@@ -36,6 +36,8 @@ public:
     ScriptedHost& operator=(const ScriptedHost&) = delete;
 
     std::vector<Box> boxes;
+    // Every box shown so far as "title: text" lines, for a failure message.
+    std::string boxTexts() const;
     std::deque<std::int16_t> answers;
     // Called while a box is "shown", before it is answered (a test can look
     // at the program's state then).

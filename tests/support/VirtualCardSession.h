@@ -4,6 +4,7 @@
 // time driven by the scripted host's sleep unless real time is asked for.
 // Make the ScriptedHost first.
 #include <cstdint>
+#include <vector>
 
 #include "platform/loopback/VirtualCardTesting.h"
 #include "tests/support/ScriptedHost.h"
@@ -25,6 +26,17 @@ public:
         }
     }
     ~VirtualCardSession() { mm::loopback::reset(); }
+
+    // Everything the card played since the tap started, joined; a new tap
+    // starts.
+    static std::vector<std::int16_t> takePlayed()
+    {
+        std::vector<std::int16_t> all;
+        for (const auto& segment : mm::loopback::takeTap())
+            all.insert(all.end(), segment.samples.begin(), segment.samples.end());
+        mm::loopback::startTap();
+        return all;
+    }
 
     VirtualCardSession(const VirtualCardSession&) = delete;
     VirtualCardSession& operator=(const VirtualCardSession&) = delete;

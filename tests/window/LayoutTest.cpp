@@ -107,6 +107,8 @@ const Expected kMenus[] = {
     {"mnuPlotSpectrum", "Menu", "&Spectrum", nullptr},
     {"mnuPlotHyphen", "Menu", "-", nullptr},
     {"mnuPlotMeasureTone", "Menu", "&Measure tone", nullptr},
+    // Listed last, shown in the File menu above its separator.
+    {"mnuFiRemote", "Menu", "&Remote control", nullptr},
 };
 
 class LayoutTest : public ::testing::Test {
