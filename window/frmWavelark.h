@@ -339,6 +339,8 @@ private:
     void mForgetRecording();
     // The verdict of the burst just measured, on the plot and in lblVerdict.
     void mShowPolarityVerdict(ErrorFlag& bError);
+    // The last recording (a measured burst, Measure tone or a remote
+    // measurement) and its rate; empty once a new signal is made.
     rt::SampleArray anRecorded;
     std::int32_t recordedRate_ = 0;
     std::string verdictText_;
@@ -411,6 +413,4 @@ private:
     std::shared_ptr<RemoteControl> remote_;
     std::uint16_t remotePort_ = 5025;
     QLabel* lblRemote = nullptr;
-    // The recording of the last measured burst (empty before one).
-    rt::SampleArray anLastRecording;
 };

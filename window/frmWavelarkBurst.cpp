@@ -177,7 +177,6 @@ void frmWavelark::cmdBurstFire_Click()
             drawVerdictLine(*picPolarity, verdictText_);
         }
         lblInLevel->setForeColor(ui::kColourYellow);
-        anLastRecording = anRecord;
     });
     trap.step([&] { anRecord.redim(0, 0); });
     setEnabled(true);

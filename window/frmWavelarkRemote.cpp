@@ -478,10 +478,10 @@ std::optional<scpi::BurstMeasurement> frmWavelark::RemoteControl::fireMeasuredBu
     // Measure is ticked for this burst and left as the user had it.
     const std::int16_t measuring = w_.chkBurstMeasure->value();
     w_.chkBurstMeasure->setValue(1);
-    w_.anLastRecording = rt::SampleArray();
+    w_.anRecorded = rt::SampleArray();
     w_.cmdBurstFire_Click();
     w_.chkBurstMeasure->setValue(measuring);
-    if (w_.anLastRecording.empty()) {
+    if (w_.anRecorded.empty()) {
         if (errors.size() == errorsBefore) errors.push(scpi::kHardwareError, "the burst was not recorded");
         return std::nullopt;
     }
@@ -489,17 +489,17 @@ std::optional<scpi::BurstMeasurement> frmWavelark::RemoteControl::fireMeasuredBu
     ErrorFlag bError = kFalse;
     rt::SampleArray played;
     const std::int32_t rate = glWaveOutMake(played, bError);
-    const PolarityVerdict verdict = gPolarityVerdict(played, w_.anLastRecording, rate, bError);
+    const PolarityVerdict verdict = gPolarityVerdict(played, w_.anRecorded, rate, bError);
     if (bError) return std::nullopt;
     const int polarity = !verdict.signal ? 0 : verdict.inverted ? -1 : 1;
-    return scpi::BurstMeasurement{gsPolarityText(verdict), peakOf(w_.anLastRecording), verdict.delayMs, polarity};
+    return scpi::BurstMeasurement{gsPolarityText(verdict), peakOf(w_.anRecorded), verdict.delayMs, polarity};
 }
 
 std::optional<scpi::ToneMeasurement> frmWavelark::RemoteControl::measure(scpi::ErrorQueue& errors)
 {
     const std::int32_t rate = gWaveInInfo().sampleRate;
     const bool playing = w_.chkMute->value() == 0 && w_.chkBurstAuto->value() == 0;
-    if (!playing && w_.anLastRecording.empty()) {
+    if (!playing && w_.anRecorded.empty()) {
         errors.push(scpi::kSettingsConflict,
                     "nothing recorded: turn the output on (OUTP ON) or fire a measured burst (BURS:FIRE:MEAS?)");
         return std::nullopt;
@@ -515,10 +515,11 @@ std::optional<scpi::ToneMeasurement> frmWavelark::RemoteControl::measure(scpi::E
         gWaveInRecordWhilePlaying(rate, static_cast<std::int32_t>(rate * kRecordSeconds), recording, bError);
         if (bError) return std::nullopt;
         const auto settle = static_cast<std::int32_t>(rate * kSettleSeconds);
-        w_.anLastRecording.redim(1, recording.ubound() - settle);
-        std::copy(&recording.at(settle + 1), &recording.at(recording.ubound()) + 1, &w_.anLastRecording.at(1));
+        w_.anRecorded.redim(1, recording.ubound() - settle);
+        std::copy(&recording.at(settle + 1), &recording.at(recording.ubound()) + 1, &w_.anRecorded.at(1));
+        w_.recordedRate_ = rate;
     }
-    const Spectrum spectrum = gSpectrum(w_.anLastRecording, rate, bError);
+    const Spectrum spectrum = gSpectrum(w_.anRecorded, w_.recordedRate_, bError);
     const SpectrumFigures figures = gSpectrumFigures(spectrum, bError);
     if (bError) return std::nullopt;
     return scpi::ToneMeasurement{figures.tone != kFalse, figures.frequency, figures.thdnDb};
