@@ -149,12 +149,7 @@ protected:
         settle();
     }
 
-    std::string boxTexts() const
-    {
-        std::string texts;
-        for (const auto& box : host.boxes) texts += box.title + ": " + box.text + "\n";
-        return texts;
-    }
+    std::string boxTexts() const { return host.boxTexts(); }
 
     testing_support::ScriptedHost host;
     testing_support::VirtualCardSession card{host};

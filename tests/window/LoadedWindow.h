@@ -55,12 +55,7 @@ protected:
         for (int i = 0; i < 5; ++i) QCoreApplication::processEvents();
     }
 
-    std::string boxTexts() const
-    {
-        std::string texts;
-        for (const auto& box : host.boxes) texts += box.title + ": " + box.text + "\n";
-        return texts;
-    }
+    std::string boxTexts() const { return host.boxTexts(); }
 
     // Settings the window starts from.
     std::vector<std::pair<std::string, std::string>> stored{

@@ -30,6 +30,7 @@
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/SignalMeasure.h"
 #include "tests/support/VirtualCardSession.h"
+#include "tests/window/LoadedWindow.h"
 #include "window/frmWavelark.h"
 
 namespace {
@@ -39,11 +40,6 @@ using testing_support::peakOf;
 using testing_support::rmsOf;
 
 constexpr double kRate = 44100;  // the virtual card's output rate
-
-void settle()
-{
-    for (int i = 0; i < 5; ++i) QCoreApplication::processEvents();
-}
 
 // A stretch of what the card played: from `fromMs` for `lengthMs` (a
 // negative start counts back from the end).
@@ -98,32 +94,22 @@ int pixelsOf(const QImage& image, std::int32_t colour)
     return count;
 }
 
-class SignalWindow : public ::testing::Test {
+class SignalWindow : public LoadedWindow {
 protected:
     void SetUp() override
     {
-        gInstallErrorHandler();
-        // The built-in frequency and period rather than the first run's.
-        auto batch = host.openSettings(kSettingsAppKey, kSettingsSection);
-        batch->save("txtFrequency1", "1000");
-        batch->save("txtBurstPeriod", "100");
-        batch->commit();
-        window.Form_Load();
-        window.resize(900, 600);
-        window.show();
-        window.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-        settle();
-        ASSERT_TRUE(host.boxes.empty()) << boxTexts();
+        // The built-in frequency and period rather than the first run's, at
+        // full output level.
+        stored = {{"txtFrequency1", "1000"}, {"txtBurstPeriod", "100"}};
+        LoadedWindow::SetUp();
         ASSERT_EQ(window.lblOutLevel->foreColor(), ui::kColourRed) << "start-up made the signal";
         mm::loopback::startTap();
     }
     void TearDown() override
     {
         ErrorFlag error = kFalse;
-        gWaveOutClose(kTrue, error);
         gWaveInClose(error);
-        rt::setErrorReporter(nullptr);
+        LoadedWindow::TearDown();
     }
 
     // The card plays on for `ms` milliseconds.
@@ -157,17 +143,6 @@ protected:
     }
 
     void showBurstPage() { window.tabTab->setCurrentIndex(1); }
-
-    std::string boxTexts() const
-    {
-        std::string texts;
-        for (const auto& box : host.boxes) texts += box.title + ": " + box.text + "\n";
-        return texts;
-    }
-
-    testing_support::ScriptedHost host;
-    testing_support::VirtualCardSession card{host};
-    frmWavelark window;
 };
 
 // ---- Frequency 1 and Mute --------------------------------------------------------
