@@ -86,11 +86,12 @@ public:
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     }
 
-    // The programs that ran, waiting up to 10 s for the first.
+    // The programs that ran, waiting up to 10 s for the first to have
+    // written its name (the shell makes the file before it writes to it).
     QStringList ran() const
     {
         QFile file(ran_);
-        for (int i = 0; i < 500 && !file.exists(); ++i) QTest::qWait(20);
+        for (int i = 0; i < 500 && file.size() == 0; ++i) QTest::qWait(20);
         if (!file.open(QIODevice::ReadOnly)) return {};
         return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
     }
