@@ -94,6 +94,11 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError);
 std::int32_t glWaveOutMakeSweep(std::int32_t lSampleRate, ErrorFlag& bError);
 // A whole number nLow..nHigh, uniformly drawn.
 std::int16_t gnRandomInteger(std::int16_t nLow, std::int16_t nHigh);
+// A copy (indexed from 1) of the buffer the last make left, the first lMax
+// samples of it (all when lMax < 1), and the rate it plays at; 0 and no
+// samples when the last make failed or none was made. A view of what
+// plays reads this rather than making a long loop a second time.
+std::int32_t glWaveOutMadeSamples(std::int32_t lMax, rt::SampleArray& anSamples);
 // The frequency the last made continuous tone plays when looped: rate x
 // cycles / length of its buffer (440.022 Hz for 440 Hz at 44.1 kHz without
 // the precise loop, 440 with it). 0 when the last make made a sweep, a

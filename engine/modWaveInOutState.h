@@ -40,6 +40,7 @@ struct Generator {
     bool preciseLoop = false;          // a continuous tone as a precise loop (ToneLoop.h)
     SampleStore samples;
     double playedFrequency = 0;        // Hz, of the tone last made; 0: not a tone
+    std::int32_t madeRate = 0;         // samples/s of the buffer last made; 0: none
     std::uint64_t randomCounter = 0;   // the noise source's position
     bool exactSamplesOnly = false;     // no vectorised blocks (tests compare the two)
 };

@@ -472,6 +472,7 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError)
     rt::Trap trap(kModule, "glWaveOutMake", bError);
     trap.step([&] {
         generator.playedFrequency = 0;
+        generator.madeRate = 0;
         lSampleRate = deviceRate;
         silence = generator.frequency1 == 0;
         // Silence keeps the length of the last signal.
@@ -525,10 +526,23 @@ std::int32_t glWaveOutMake(rt::SampleArray& anSamples, ErrorFlag& bError)
     trap.step([&] {
         generator.samples.redimPreserve(lLength);
         copyOut(anSamples);
+        generator.madeRate = lSampleRate;
         if (tone)
             generator.playedFrequency = mfLoopFrequency(lSampleRate, generator.frequency1, lLength);
     });
     return lSampleRate;
+}
+
+std::int32_t glWaveOutMadeSamples(std::int32_t lMax, rt::SampleArray& anSamples)
+{
+    anSamples.redim(1, 0);
+    const Generator& generator = gState.generator;
+    if (generator.madeRate == 0) return 0;
+    const std::span<const std::int16_t> samples = gState.generator.samples.settled();
+    const std::size_t count =
+        lMax > 0 ? std::min(samples.size(), static_cast<std::size_t>(lMax)) : samples.size();
+    anSamples.items().assign(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(count));
+    return generator.madeRate;
 }
 
 double gfWaveOutFrequencyPlayed() { return gState.generator.playedFrequency; }

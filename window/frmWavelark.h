@@ -328,9 +328,10 @@ private:
     // True while the plot shows the spectrum rather than the time response.
     bool mbSpectrumShown() const;
     // The signal the spectrum and the export use: the last recording (a
-    // measured burst or tone) while it stands, else one whole loop of the
-    // made signal, made afresh. Returns its rate (0: nothing to use).
-    std::int32_t mlAnalysedSignal(rt::SampleArray& anSignal, ErrorFlag& bError);
+    // measured burst or tone) while it stands, else the loop the engine made
+    // and plays, its first lMax samples (all when lMax < 1). Returns its
+    // rate (0: nothing to use).
+    std::int32_t mlAnalysedSignal(rt::SampleArray& anSignal, std::int32_t lMax);
     // Draws the spectrum of the analysed signal and its figures on the plot.
     void mShowSpectrum(ErrorFlag& bError);
     // Keeps anRecord, recorded at the input's rate, as the analysed signal.

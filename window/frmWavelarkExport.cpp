@@ -53,10 +53,7 @@ void frmWavelark::mnuFiExport_Click()
         path = askExportPath(this);
         if (path.empty()) trap.leave();
     });
-    trap.step([&] {
-        rate = mlAnalysedSignal(signal, bError);
-        trap.leaveOnError(bError);
-    });
+    trap.step([&] { rate = mlAnalysedSignal(signal, 0); });
     trap.step([&] {
         // The writer says what failed and leaves no partial file behind.
         const std::string failure = gsWavExport(path, signal, rate, bError);

@@ -150,18 +150,15 @@ void frmWavelark::mForgetRecording()
 
 bool frmWavelark::mbSpectrumShown() const { return mnuPlotSpectrum != nullptr && mnuPlotSpectrum->isChecked(); }
 
-std::int32_t frmWavelark::mlAnalysedSignal(rt::SampleArray& anSignal, ErrorFlag& bError)
+std::int32_t frmWavelark::mlAnalysedSignal(rt::SampleArray& anSignal, std::int32_t lMax)
 {
     if (!anRecorded.empty()) {
         anSignal = anRecorded;
         return recordedRate_;
     }
-    std::int32_t rate = 0;
-    rt::Trap trap(kModule, "mlAnalysedSignal", bError);
     // The window keeps only a cycle of a tone for its plot: the whole loop
-    // is made again from the generator state it was made from.
-    trap.step([&] { rate = glWaveOutMake(anSignal, bError); });
-    return bError ? 0 : rate;
+    // is read from the buffer the engine made and plays.
+    return glWaveOutMadeSamples(lMax, anSignal);
 }
 
 void frmWavelark::mShowSpectrum(ErrorFlag& bError)
@@ -172,10 +169,7 @@ void frmWavelark::mShowSpectrum(ErrorFlag& bError)
     Spectrum spectrum;
     std::vector<std::string> readout;
     trap.step([&] {
-        rate = mlAnalysedSignal(signal, bError);
-        trap.leaveOnError(bError);
-    });
-    trap.step([&] {
+        rate = mlAnalysedSignal(signal, kSpectrumSamplesMax);
         if (signal.size() > kSpectrumSamplesMax) signal.redimPreserve(signal.lbound() + kSpectrumSamplesMax - 1);
         if (rate > 0 && !signal.empty()) spectrum = gSpectrum(signal, rate, bError);
         trap.leaveOnError(bError);

@@ -25,6 +25,26 @@ TEST_F(ToneTest, OneKilohertzAtCdRateIsTenCyclesIn441Samples)
     EXPECT_EQ(*std::max_element(x.begin(), x.end()), 32767);
 }
 
+// A view of what plays reads the buffer the last make left: the same
+// samples and rate, cut to the length asked; nothing before a make.
+TEST_F(ToneTest, TheMadeBufferIsReadBackWithoutAnotherMake)
+{
+    rt::SampleArray whole;
+    EXPECT_EQ(glWaveOutMadeSamples(0, whole), 0);
+    EXPECT_TRUE(whole.empty());
+
+    gWaveOutSetShape("Sine");
+    settings(997);
+    std::int32_t rate = 0;
+    const auto x = make(&rate);
+    rt::SampleArray start;
+    EXPECT_EQ(glWaveOutMadeSamples(0, whole), rate);
+    EXPECT_EQ(whole.items(), x);
+    EXPECT_EQ(glWaveOutMadeSamples(100, start), rate);
+    EXPECT_EQ(start.items(), std::vector<std::int16_t>(x.begin(), x.begin() + 100));
+    EXPECT_EQ(start.lbound(), 1);
+}
+
 TEST_F(ToneTest, ContinuousTonesEndOnAWholeCycleAndLoopWithoutAJump)
 {
     gWaveOutSetShape("Sine");
