@@ -5,12 +5,14 @@
 // Members carry the control names; handlers carry the event names.
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <QMainWindow>
 
 #include "base/Array.h"
+#include "analysis/modPolarityVerdict.h"
 #include "base/Types.h"
 #include "platform/Control.h"
 #include "controls/ControlAdapters.h"
@@ -345,6 +347,9 @@ private:
     rt::SampleArray anRecorded;
     std::int32_t recordedRate_ = 0;
     std::string verdictText_;
+    // The verdict behind verdictText_, for the remote commands; none when
+    // the recording and the burst could not be compared.
+    std::optional<PolarityVerdict> verdict_;
 
     bool unloadedUnseen_ = false;
     bool unloaded_ = false;

@@ -69,7 +69,8 @@ void frmWavelark::mShowPolarityVerdict(ErrorFlag& bError)
                            " samples/s, the output plays at " + std::to_string(playedRate);
             return;
         }
-        verdictText_ = verdictText(gPolarityVerdict(played, anRecorded, playedRate, bError));
+        verdict_ = gPolarityVerdict(played, anRecorded, playedRate, bError);
+        verdictText_ = verdictText(*verdict_);
     });
     trap.step([&] { lblVerdict->setText(QString::fromStdString(verdictText_)); });
 }

@@ -10,11 +10,6 @@
 #include "platform/Colours.h"
 #include "window/frmWavelark.h"
 
-namespace {
-
-
-}  // namespace
-
 void frmWavelark::vsbOutLevel_Change()
 {
     ErrorFlag bError = kFalse;

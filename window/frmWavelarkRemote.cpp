@@ -485,12 +485,12 @@ std::optional<scpi::BurstMeasurement> frmWavelark::RemoteControl::fireMeasuredBu
         if (errors.size() == errorsBefore) errors.push(scpi::kHardwareError, "the burst was not recorded");
         return std::nullopt;
     }
-    // The burst as it was played: the engine still holds its settings.
-    ErrorFlag bError = kFalse;
-    rt::SampleArray played;
-    const std::int32_t rate = glWaveOutMake(played, bError);
-    const PolarityVerdict verdict = gPolarityVerdict(played, w_.anRecorded, rate, bError);
-    if (bError) return std::nullopt;
+    // The verdict the window drew for this burst.
+    if (!w_.verdict_) {
+        if (errors.size() == errorsBefore) errors.push(scpi::kHardwareError, w_.verdictText_);
+        return std::nullopt;
+    }
+    const PolarityVerdict& verdict = *w_.verdict_;
     const int polarity = !verdict.signal ? 0 : verdict.inverted ? -1 : 1;
     return scpi::BurstMeasurement{gsPolarityText(verdict), peakOf(w_.anRecorded), verdict.delayMs, polarity};
 }

@@ -140,6 +140,7 @@ void frmWavelark::mKeepRecording()
     recordedRate_ = gWaveInInfo().sampleRate;
     // A verdict belongs to the burst it was made of.
     verdictText_.clear();
+    verdict_.reset();
 }
 
 void frmWavelark::mForgetRecording()
