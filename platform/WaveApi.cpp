@@ -202,6 +202,7 @@ MMRESULT waveOutWrite(HWAVEOUT handle, WAVEHDR* header, UINT headerSize)
     if (flags & WHDR_INQUEUE) return WAVERR_STILLPLAYING;
     if (MMRESULT refused = output->stream->admitWrite()) return refused;
     output->queue->write(header);
+    output->stream->queueChanged();
     return MMSYSERR_NOERROR;
 }
 
@@ -267,6 +268,7 @@ MMRESULT waveOutRewriteHeader(HWAVEOUT handle, WAVEHDR* header, UINT headerSize,
     if (MMRESULT result = checkHeader(header, headerSize)) return result;
     if (!(headerFlags(*header) & WHDR_PREPARED)) return WAVERR_UNPREPARED;
     output->queue->holdOff(rewrite);
+    output->stream->queueChanged();
     return MMSYSERR_NOERROR;
 }
 

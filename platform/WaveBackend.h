@@ -28,6 +28,13 @@ public:
     virtual MMRESULT failure() const = 0;
     // Asked before each write; refusing here refuses the write.
     virtual MMRESULT admitWrite() { return failure(); }
+    // Told after the program wrote or rewrote a header: a device that can
+    // replace what it holds but has not played yet pulls that part again
+    // (PlayQueue::rewind). A break of a loop or a reset is not told: the
+    // change goes on with a write, and going back between the two would
+    // leave silence; a reset alone comes before a close, which drops what
+    // the device holds anyway.
+    virtual void queueChanged() {}
 };
 
 // An open input: records into its queue between start() and stop().

@@ -78,6 +78,8 @@ void PlayQueue::reset()
     offset_ = 0;
     inLoop_ = false;
     breakPending_ = false;
+    points_.clear();
+    resetFrom_ = 0;
 }
 
 void PlayQueue::abandon() { reset(); }
@@ -113,6 +115,10 @@ void PlayQueue::popDone(std::size_t count)
         markDone(*queue_.front());
         queue_.pop_front();
     }
+    // A header marked done may be unprepared and freed: no pull goes back
+    // before this point.
+    points_.clear();
+    resetFrom_ = kNowhere;
     cursor_ = 0;
     offset_ = 0;
     enterCursor();
@@ -159,9 +165,68 @@ std::int16_t PlayQueue::frameAt(const char* data) const
 
 std::size_t PlayQueue::pull(std::int16_t* out, std::size_t frames)
 {
+    std::lock_guard lock(mutex_);
+    return pullLocked(out, frames);
+}
+
+std::size_t PlayQueue::pullRewindable(std::int16_t* out, std::size_t frames)
+{
+    std::lock_guard lock(mutex_);
+    points_.push_back({pulled_, cursor_, offset_, inLoop_, passesLeft_, framesThisPass_, queue_.empty()});
+    return pullLocked(out, frames);
+}
+
+std::uint64_t PlayQueue::pulledFrames() const
+{
+    std::lock_guard lock(mutex_);
+    return pulled_;
+}
+
+void PlayQueue::settle(std::uint64_t position)
+{
+    std::lock_guard lock(mutex_);
+    while (points_.size() > 1 && points_[1].position <= position) points_.pop_front();
+}
+
+std::uint64_t PlayQueue::rewind(std::uint64_t position)
+{
+    std::lock_guard lock(mutex_);
+    if (position >= pulled_) return pulled_;
+    const bool beforePoints = points_.empty() || position < points_.front().position;
+    if (resetFrom_ != kNowhere && position >= resetFrom_ && beforePoints) {
+        // Emptied by a reset since: whatever the queue holds now starts here.
+        points_.clear();
+        pulled_ = position;
+        cursor_ = 0;
+        offset_ = 0;
+        enterCursor();
+        return pulled_;
+    }
+    const auto point = std::find_if(points_.begin(), points_.end(),
+                                    [&](const RewindPoint& p) { return p.position >= position; });
+    if (point == points_.end()) return pulled_;
+    pulled_ = point->position;
+    if (point->queueWasEmpty) {
+        // Headers written since start as a write into the empty queue does.
+        cursor_ = 0;
+        offset_ = 0;
+        enterCursor();
+    } else {
+        // The program's break request stands: it is for the loop under way.
+        cursor_ = point->cursor;
+        offset_ = point->offset;
+        inLoop_ = point->inLoop;
+        passesLeft_ = point->passesLeft;
+        framesThisPass_ = point->framesThisPass;
+    }
+    points_.erase(point, points_.end());
+    return pulled_;
+}
+
+std::size_t PlayQueue::pullLocked(std::int16_t* out, std::size_t frames)
+{
     std::size_t got = 0;
     {
-        std::lock_guard lock(mutex_);
         const std::size_t block = std::max<WORD>(layout_.blockAlign, 1);
         while (got < frames && cursor_ < queue_.size()) {
             const WAVEHDR& header = *queue_[cursor_];
@@ -178,6 +243,7 @@ std::size_t PlayQueue::pull(std::int16_t* out, std::size_t frames)
         }
     }
     std::fill(out + got, out + frames, std::int16_t{0});
+    pulled_ += frames;
     return got;
 }
 

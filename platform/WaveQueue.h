@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <mutex>
 
 #include "platform/WaveApi.h"
@@ -58,6 +59,23 @@ public:
     // The device is gone: every queued header is marked done.
     void abandon();
 
+    // Device side, for a device that can replace what it holds but has not
+    // played yet. Positions count the frames pulled since the queue opened.
+    // pullRewindable() pulls as pull() does and remembers where it started,
+    // so that the pull can be repeated from there after the program changed
+    // the queue; pull() remembers nothing.
+    std::size_t pullRewindable(std::int16_t* out, std::size_t frames);
+    std::uint64_t pulledFrames() const;
+    // The device has played up to `position`: going back before it is no
+    // longer needed.
+    void settle(std::uint64_t position);
+    // Goes back to the first remembered position at or after `position` and
+    // returns it; the next pull repeats from there with the queue as the
+    // program left it. A pull never goes back past a header marked done, so
+    // what cannot be repeated is played as it was pulled: the return is then
+    // pulledFrames().
+    std::uint64_t rewind(std::uint64_t position);
+
     const PcmLayout& layout() const { return layout_; }
 
 private:
@@ -68,6 +86,19 @@ private:
     void advanceCursor();
     void popDone(std::size_t count);
     std::int16_t frameAt(const char* data) const;
+    std::size_t pullLocked(std::int16_t* out, std::size_t frames);
+
+    // The reading state at a position where a pull began.
+    struct RewindPoint {
+        std::uint64_t position;
+        std::size_t cursor;
+        std::size_t offset;
+        bool inLoop;
+        DWORD passesLeft;
+        std::size_t framesThisPass;
+        bool queueWasEmpty;
+    };
+    static constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
     const PcmLayout layout_;
     mutable std::mutex mutex_;
@@ -78,6 +109,12 @@ private:
     DWORD passesLeft_ = 0;     // passes of that loop still to start after this one
     bool breakPending_ = false;
     std::size_t framesThisPass_ = 0;
+    std::uint64_t pulled_ = 0;
+    // Where a rewind may land: the remembered points since the last header
+    // was marked done, and, after a reset, every position from resetFrom_ on
+    // (the queue was emptied, so any of them may start afresh).
+    std::deque<RewindPoint> points_;
+    std::uint64_t resetFrom_ = kNowhere;
 };
 
 class CaptureQueue {
