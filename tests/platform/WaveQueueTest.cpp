@@ -49,6 +49,24 @@ std::vector<std::int16_t> concat(std::initializer_list<std::vector<std::int16_t>
     return all;
 }
 
+// Pulls as a device that can replace what it holds does: `chunks` pulls of
+// `frames` each, every one remembered as a point to go back to.
+std::vector<std::int16_t> pullAhead(PlayQueue& queue, std::size_t chunks, std::size_t frames)
+{
+    std::vector<std::int16_t> all;
+    for (std::size_t i = 0; i < chunks; ++i) {
+        std::vector<std::int16_t> out(frames, 12345);
+        queue.pullRewindable(out.data(), frames);
+        all.insert(all.end(), out.begin(), out.end());
+    }
+    return all;
+}
+
+std::vector<std::int16_t> slice(const std::vector<std::int16_t>& all, std::size_t from, std::size_t count)
+{
+    return {all.begin() + from, all.begin() + from + count};
+}
+
 class PlayQueueTest : public ::testing::Test {
 protected:
     PlayQueue queue{pcmFormat(44100, 16, 1)};
@@ -200,6 +218,108 @@ TEST_F(PlayQueueTest, EmptyLoopBlockEndsInsteadOfSpinning)
     queue.write(&after.header);
     EXPECT_EQ(pull(queue, 2), after.samples);
     EXPECT_TRUE(empty.done());
+}
+
+// ------------------------------------------------------------------ rewind
+
+TEST_F(PlayQueueTest, RewindIntoALoopFinishesThatPassThenPlaysWhatWasWrittenSince)
+{
+    Buffer loop(100, 10, WHDR_BEGINLOOP | WHDR_ENDLOOP, 2000000000);
+    queue.write(&loop.header);
+    const auto ahead = pullAhead(queue, 6, 4);  // pulls begin at 0, 4, ..., 20; third pass under way
+    ASSERT_EQ(ahead, concat({loop.samples, loop.samples, slice(loop.samples, 0, 4)}));
+
+    Buffer next(200, 5);
+    queue.write(&next.header);
+    queue.breakLoop();
+    EXPECT_EQ(queue.rewind(13), 16u) << "the first pull that began at or after 13";
+    EXPECT_EQ(queue.pulledFrames(), 16u);
+    EXPECT_FALSE(loop.done());
+
+    const auto passEnd = pull(queue, 3);
+    EXPECT_EQ(passEnd, slice(ahead, 16, 3)) << "the second pass goes on where it was";
+    EXPECT_FALSE(loop.done()) << "one frame of the pass is still to go";
+    const auto rest = pull(queue, 1 + 5 + 2);
+    EXPECT_EQ(concat({passEnd, rest}), concat({slice(loop.samples, 6, 4), next.samples, {0, 0}}))
+        << "the break ends the pass the rewind went back into; the next header follows at once";
+    EXPECT_TRUE(loop.done());
+    EXPECT_TRUE(next.done());
+}
+
+TEST_F(PlayQueueTest, RewindNeverGoesBackPastAHeaderMarkedDone)
+{
+    Buffer first(100, 6);
+    Buffer second(200, 10);
+    queue.write(&first.header);
+    queue.write(&second.header);
+    pullAhead(queue, 2, 4);  // the second pull ends the first header
+    ASSERT_TRUE(first.done());
+
+    EXPECT_EQ(queue.rewind(2), 8u);
+    EXPECT_EQ(queue.rewind(5), 8u);
+    EXPECT_EQ(queue.pulledFrames(), 8u);
+    EXPECT_EQ(pull(queue, 4), slice(second.samples, 2, 4)) << "the stream goes on unchanged";
+}
+
+TEST_F(PlayQueueTest, AfterAResetTheNextHeaderStartsExactlyWhereTheRewindGoes)
+{
+    Buffer old(100, 20);
+    queue.write(&old.header);
+    pullAhead(queue, 3, 4);
+    queue.reset();
+    Buffer fresh(200, 5, WHDR_BEGINLOOP | WHDR_ENDLOOP, 2000000000);
+    queue.write(&fresh.header);
+    queue.breakLoop();
+    Buffer after(300, 2);
+    queue.write(&after.header);
+
+    EXPECT_EQ(queue.rewind(6), 6u) << "not a pull's start: any position may start afresh";
+    EXPECT_EQ(pull(queue, 8), concat({fresh.samples, after.samples, {0}}))
+        << "the loop starts at 6 and, broken before it began, plays a single pass";
+    EXPECT_TRUE(fresh.done());
+    EXPECT_EQ(queue.pulledFrames(), 14u);
+}
+
+TEST_F(PlayQueueTest, RewindToSilenceRestartsTheHeaderWrittenSinceAsAWriteIntoAnEmptyQueueDoes)
+{
+    pullAhead(queue, 2, 4);  // silence, pulls begin at 0 and 4
+    Buffer loop(100, 3, WHDR_BEGINLOOP | WHDR_ENDLOOP, 2000000000);
+    queue.write(&loop.header);
+    pullAhead(queue, 2, 4);
+    Buffer next(200, 2);
+    queue.write(&next.header);
+    queue.breakLoop();
+
+    EXPECT_EQ(queue.rewind(2), 4u);
+    EXPECT_EQ(pull(queue, 8), concat({loop.samples, next.samples, {0, 0, 0}}))
+        << "the loop starts at 4 and, broken, plays a single pass";
+    EXPECT_TRUE(loop.done());
+}
+
+TEST_F(PlayQueueTest, RewindReadsAHeaderRewrittenMeanwhileFromTheSameOffset)
+{
+    Buffer header(100, 12);
+    queue.write(&header.header);
+    pullAhead(queue, 2, 4);
+    queue.holdOff([&] {
+        std::iota(header.samples.begin(), header.samples.end(), std::int16_t{500});
+        header.header.dwBufferLength = 10 * 2;
+    });
+
+    EXPECT_EQ(queue.rewind(3), 4u);
+    EXPECT_EQ(pull(queue, 8), (std::vector<std::int16_t>{504, 505, 506, 507, 508, 509, 0, 0}));
+    EXPECT_TRUE(header.done()) << "its new, shorter length has been read to the end";
+}
+
+TEST_F(PlayQueueTest, SettleDropsThePointsBeforeThePlayedPosition)
+{
+    Buffer header(100, 20);
+    queue.write(&header.header);
+    pullAhead(queue, 4, 4);  // pulls begin at 0, 4, 8 and 12
+    queue.settle(6);
+
+    EXPECT_EQ(queue.rewind(1), 8u) << "the first pull that began at or after the played position";
+    EXPECT_EQ(pull(queue, 4), slice(header.samples, 8, 4));
 }
 
 TEST(PlayQueueFormats, EightBitAndStereoBecomeSixteenBitMono)
