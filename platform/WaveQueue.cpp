@@ -185,7 +185,7 @@ std::uint64_t PlayQueue::pulledFrames() const
 void PlayQueue::settle(std::uint64_t position)
 {
     std::lock_guard lock(mutex_);
-    while (points_.size() > 1 && points_[1].position <= position) points_.pop_front();
+    while (!points_.empty() && points_.front().position < position) points_.pop_front();
 }
 
 std::uint64_t PlayQueue::rewind(std::uint64_t position)
@@ -197,9 +197,7 @@ std::uint64_t PlayQueue::rewind(std::uint64_t position)
         // Emptied by a reset since: whatever the queue holds now starts here.
         points_.clear();
         pulled_ = position;
-        cursor_ = 0;
-        offset_ = 0;
-        enterCursor();
+        restartFront();
         return pulled_;
     }
     const auto point = std::find_if(points_.begin(), points_.end(),
@@ -208,9 +206,7 @@ std::uint64_t PlayQueue::rewind(std::uint64_t position)
     pulled_ = point->position;
     if (point->queueWasEmpty) {
         // Headers written since start as a write into the empty queue does.
-        cursor_ = 0;
-        offset_ = 0;
-        enterCursor();
+        restartFront();
     } else {
         // The program's break request stands: it is for the loop under way.
         cursor_ = point->cursor;
@@ -221,6 +217,16 @@ std::uint64_t PlayQueue::rewind(std::uint64_t position)
     }
     points_.erase(point, points_.end());
     return pulled_;
+}
+
+void PlayQueue::restartFront()
+{
+    // A break the program asked for since is for this very loop.
+    const bool breakAsked = breakPending_;
+    cursor_ = 0;
+    offset_ = 0;
+    enterCursor();
+    breakPending_ = inLoop_ && breakAsked;
 }
 
 std::size_t PlayQueue::pullLocked(std::int16_t* out, std::size_t frames)

@@ -87,6 +87,9 @@ private:
     void popDone(std::size_t count);
     std::int16_t frameAt(const char* data) const;
     std::size_t pullLocked(std::int16_t* out, std::size_t frames);
+    // Reads the front header from its start, as after a write into an empty
+    // queue, keeping a break asked for meanwhile.
+    void restartFront();
 
     // The reading state at a position where a pull began.
     struct RewindPoint {

@@ -6,6 +6,7 @@
 // start) leave the samples untouched.
 #include <atomic>
 #include <cstdint>
+#include <span>
 
 namespace mm::alsa {
 
@@ -15,5 +16,9 @@ struct StreamGain {
 };
 
 StreamGain& streamGain();
+
+// Multiplies samples about to be written by the present level (nothing to
+// do at full level).
+void applyStreamGain(std::span<std::int16_t> samples);
 
 }  // namespace mm::alsa

@@ -21,7 +21,9 @@
 #include "platform/alsa/AlsaBoundedCall.h"
 #include "platform/alsa/AlsaCommon.h"
 #include "platform/alsa/AlsaStreamGain.h"
+#include "platform/alsa/AlsaStreamLink.h"
 #include "platform/alsa/AlsaThreadPriority.h"
+#include "platform/pulse/PulseOutput.h"
 
 namespace mm::alsa {
 
@@ -49,9 +51,6 @@ struct Timing {
 // a burst is measured.
 constexpr Timing kOutputTiming{80'000, 40'000};
 constexpr Timing kInputTiming{200'000, 10'000};
-// A device that takes or gives no data for this long is treated as gone: a
-// stopped sound server is then told as lost well within a second.
-constexpr int kStallLimitMs = 600;
 constexpr int kWaitMs = 100;
 
 // ---------------------------------------------------------------- errors
@@ -69,6 +68,7 @@ struct Device {
     std::string name;
     int card = -1;      // -1 for the default device
     int pcmDevice = 0;
+    bool viaServer = false;  // the sound server's plugin: output goes native
 };
 
 struct Probe {
@@ -231,7 +231,8 @@ std::vector<Device> listDevices(snd_pcm_stream_t stream)
     if (opened >= 0) snd_pcm_close(pcm);
     if (opened >= 0 || deviceError(opened) != MMSYSERR_NODRIVER) {
         std::string name = hintDescription("default");
-        devices.push_back({"default", "default", "default", name.empty() ? "Default" : name, -1, 0});
+        devices.push_back({"default", "default", "default", name.empty() ? "Default" : name, -1, 0,
+                           stream == SND_PCM_STREAM_PLAYBACK && pulse::defaultPcmIsServer()});
     }
     int card = -1;
     while (snd_card_next(&card) >= 0 && card >= 0) {
@@ -322,59 +323,6 @@ bool recover(snd_pcm_t* pcm, int error)
     return false;
 }
 
-// What the feeder multiplies by: 1 leaves samples as they are.
-double currentStreamGain()
-{
-    const StreamGain& gain = streamGain();
-    if (gain.mute) return 0.0;
-    return static_cast<double>(gain.level.load()) / 65535.0;
-}
-
-// The link between a stream's thread and the queue it serves. The program
-// cuts it when it closes the stream; from then on the thread touches the
-// queue no more, and only finishes with its device.
-template <class Queue>
-class QueueLink {
-public:
-    explicit QueueLink(Queue& queue) : queue_(&queue) {}
-
-    // Runs `use` on the queue; false (and `use` not run) once cut.
-    template <class Use>
-    bool with(Use&& use)
-    {
-        std::lock_guard lock(mutex_);
-        if (queue_ == nullptr) return false;
-        use(*queue_);
-        return true;
-    }
-    void cut()
-    {
-        std::lock_guard lock(mutex_);
-        queue_ = nullptr;
-    }
-    bool isCut() const
-    {
-        std::lock_guard lock(mutex_);
-        return queue_ == nullptr;
-    }
-    // The device failed: the failure is recorded and nothing waits on the
-    // queued headers any more.
-    void fail()
-    {
-        with([&](Queue& queue) {
-            noteServerSilent();
-            failure_ = MMSYSERR_NODRIVER;
-            queue.abandon();
-        });
-    }
-    MMRESULT failure() const { return failure_.load(); }
-
-private:
-    mutable std::mutex mutex_;
-    Queue* queue_;
-    std::atomic<MMRESULT> failure_{MMSYSERR_NOERROR};
-};
-
 // An opened and configured PCM, or the error that kept it closed.
 struct OpenedPcm {
     int error = 0;
@@ -383,47 +331,6 @@ struct OpenedPcm {
     unsigned rate = 0;
 };
 using OpenPcm = std::function<OpenedPcm()>;
-
-// A stream's thread opens its own device, so that a slow or stopped sound
-// server holds that thread rather than the program's. The program waits for
-// the opening at most openingLimit() (AlsaBoundedCall.h): an opening that
-// ends in time gives its result there; one that does not leaves the stream
-// pending (what is written meanwhile waits in the queue), and one still not
-// ended after the discovery limit (a connection to a server that does not
-// answer) counts as a device gone.
-class Opening {
-public:
-    void end(int error)
-    {
-        {
-            std::lock_guard lock(mutex_);
-            ended_ = true;
-            error_ = error;
-        }
-        done_.notify_all();
-    }
-    // The error of an opening that failed in time; 0 when it succeeded or
-    // is still under way.
-    int awaitEnd()
-    {
-        std::unique_lock lock(mutex_);
-        if (done_.wait_for(lock, openingLimit(), [&] { return ended_; })) return error_;
-        noteServerSilent();
-        return 0;
-    }
-    bool overdue() const
-    {
-        std::lock_guard lock(mutex_);
-        return !ended_ && std::chrono::steady_clock::now() - began_ > kAlsaDiscoveryLimit;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::condition_variable done_;
-    bool ended_ = false;
-    int error_ = 0;
-    const std::chrono::steady_clock::time_point began_ = std::chrono::steady_clock::now();
-};
 
 // Stops and closes a stream's PCM. Through a sound server both may wait for
 // the server, so only the stream's own thread does this, as it ends.
@@ -453,15 +360,6 @@ bool openDevice(const OpenPcm& open, Opening& opening, QueueLink<Queue>& link, O
     }
     device = opened;
     return true;
-}
-
-// A stream's failure as the program sees it: what its thread recorded, or a
-// device gone when the opening is overdue.
-template <class Queue>
-MMRESULT streamFailure(QueueLink<Queue>& link, const Opening& opening)
-{
-    if (link.failure() == MMSYSERR_NOERROR && opening.overdue()) link.fail();
-    return link.failure();
 }
 
 // An output's thread: it feeds the device from the queue until the program
@@ -566,10 +464,7 @@ private:
                 return;
             }
             if (!link.with([&](PlayQueue& queue) { queue.pull(chunk.data(), chunk.size()); })) return;
-            const double gain = currentStreamGain();
-            if (gain != 1.0) {
-                for (auto& sample : chunk) sample = static_cast<std::int16_t>(std::lround(sample * gain));
-            }
+            applyStreamGain(chunk);
             if (!writeAll(chunk.data(), period_)) {
                 link.fail();
                 return;
@@ -752,14 +647,20 @@ public:
     MMRESULT openOutput(UINT deviceId, const WAVEFORMATEX& format, PlayQueue& queue,
                         std::unique_ptr<backend::OutputStream>& stream) override
     {
-        return openStream<AlsaOutput>(deviceId, SND_PCM_STREAM_PLAYBACK, format, kOutputTiming,
-                                      queue, stream);
+        Device found;
+        if (MMRESULT result = find(deviceId, SND_PCM_STREAM_PLAYBACK, found)) return result;
+        if (found.viaServer) {
+            const int error = pulse::openOutput(format.nSamplesPerSec, queue, stream);
+            return error < 0 ? openError(error) : MMSYSERR_NOERROR;
+        }
+        return openStream<AlsaOutput>(found, SND_PCM_STREAM_PLAYBACK, format, kOutputTiming, queue, stream);
     }
     MMRESULT openInput(UINT deviceId, const WAVEFORMATEX& format, CaptureQueue& queue,
                        std::unique_ptr<backend::InputStream>& stream) override
     {
-        return openStream<AlsaInput>(deviceId, SND_PCM_STREAM_CAPTURE, format, kInputTiming,
-                                     queue, stream);
+        Device found;
+        if (MMRESULT result = find(deviceId, SND_PCM_STREAM_CAPTURE, found)) return result;
+        return openStream<AlsaInput>(found, SND_PCM_STREAM_CAPTURE, format, kInputTiming, queue, stream);
     }
 
 private:
@@ -821,11 +722,9 @@ private:
 
     // Opens the device's PCM in one direction and starts its stream thread.
     template <class Stream, class Queue, class Base>
-    MMRESULT openStream(UINT deviceId, snd_pcm_stream_t direction, const WAVEFORMATEX& format,
-                        Timing timing, Queue& queue, std::unique_ptr<Base>& stream)
+    static MMRESULT openStream(const Device& found, snd_pcm_stream_t direction, const WAVEFORMATEX& format,
+                               Timing timing, Queue& queue, std::unique_ptr<Base>& stream)
     {
-        Device found;
-        if (MMRESULT result = find(deviceId, direction, found)) return result;
         const unsigned rate = format.nSamplesPerSec;
         auto created = std::make_unique<Stream>(
             [found, direction, rate, timing] {
@@ -863,6 +762,14 @@ StreamGain& streamGain()
 {
     static StreamGain gain;
     return gain;
+}
+
+void applyStreamGain(std::span<std::int16_t> samples)
+{
+    const StreamGain& gain = streamGain();
+    const double factor = gain.mute ? 0.0 : static_cast<double>(gain.level.load()) / 65535.0;
+    if (factor == 1.0) return;
+    for (auto& sample : samples) sample = static_cast<std::int16_t>(std::lround(sample * factor));
 }
 
 backend::WaveBackend& backend()
