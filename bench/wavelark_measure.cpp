@@ -362,6 +362,8 @@ int measureServer(std::size_t changes)
     printSpread("  the same less a whole 10 ms pass", spreadOf(beyondPass1k));
     printSpread("played into the sink, all", spreadOf(played));
     printSpread("arrived in the program's recording, all", spreadOf(arrived));
+    const auto slow = std::count_if(arrived.begin(), arrived.end(), [](double s) { return s > 0.1; });
+    std::printf("  changes that took over 100 ms to arrive: %td of %zu\n", slow, arrived.size());
     return failed || !walk.faults.empty() ? 1 : 0;
 }
 

@@ -268,7 +268,9 @@ MMRESULT waveOutRewriteHeader(HWAVEOUT handle, WAVEHDR* header, UINT headerSize,
     if (MMRESULT result = checkHeader(header, headerSize)) return result;
     if (!(headerFlags(*header) & WHDR_PREPARED)) return WAVERR_UNPREPARED;
     output->queue->holdOff(rewrite);
-    output->stream->queueChanged();
+    // A header being refilled before it is written again changes nothing
+    // the device holds.
+    if (output->queue->holds(header)) output->stream->queueChanged();
     return MMSYSERR_NOERROR;
 }
 

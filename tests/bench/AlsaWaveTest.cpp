@@ -179,10 +179,11 @@ bool mayRunRealtime()
     return allowed;
 }
 
-// The feeder and the sound server's client thread it starts inside ALSA's
-// plugin both carry the tone to the server: both must run raised, or a
-// loaded machine holds one of them off until the server runs dry.
-TEST_F(OwnServerBench, TheFeederAndTheServersClientThreadRunRaisedWhereTheUserMay)
+// The output's thread talks to the server itself; the input's thread
+// starts the server's client thread inside ALSA's plugin. All of them carry
+// sound to or from the server: they must run raised, or a loaded machine
+// holds one of them off until the server runs dry or the recording drops.
+TEST_F(OwnServerBench, TheStreamThreadsAndThePluginsClientThreadRunRaisedWhereTheUserMay)
 {
     if (!mayRunRealtime()) GTEST_SKIP() << "this user may not raise a thread to the real-time class";
     const auto realtime = [] {
@@ -192,10 +193,16 @@ TEST_F(OwnServerBench, TheFeederAndTheServersClientThreadRunRaisedWhereTheUserMa
         }
         return names;
     };
+    HWAVEIN input = 0;
+    ASSERT_EQ(waveInOpen(&input, 0, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
+    ASSERT_EQ(waveInStart(input), MMSYSERR_NOERROR);
     std::vector<std::string> raised;
-    EXPECT_TRUE(waitFor([&] { return (raised = realtime()).size() >= 2; }, 2000));
+    EXPECT_TRUE(waitFor([&] { return (raised = realtime()).size() >= 3; }, 2000))
+        << raised.size() << " threads raised: the output's, the input's and the plugin's are expected";
     const bool clientRaised = std::find(raised.begin(), raised.end(), "threaded-ml") != raised.end();
-    EXPECT_TRUE(clientRaised) << "the server's client thread runs time-shared";
+    EXPECT_TRUE(clientRaised) << "the plugin's client thread runs time-shared";
+    EXPECT_EQ(waveInReset(input), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveInClose(input), MMSYSERR_NOERROR);
     EXPECT_EQ(waveOutReset(output), MMSYSERR_NOERROR);
     EXPECT_EQ(waveOutUnprepareHeader(output, &tone->header, sizeof tone->header), MMSYSERR_NOERROR);
     EXPECT_EQ(waveOutClose(output), MMSYSERR_NOERROR);
