@@ -88,6 +88,8 @@ int measureKeystrokes(frmWavelark& window)
     for (int k = 0; k < kKeys; ++k) {
         const double delay = msToFrequency(crossings, keyMs[k], k % 2 == 0 ? 1000 : 100);
         if (delay >= 0 && delay < 300) delays.push_back(delay);
+        else std::printf("  key %d at %.0f ms: the new frequency %s\n", k, keyMs[k],
+                         delay < 0 ? "never came" : ("came after " + std::to_string(delay) + " ms").c_str());
     }
     if (delays.size() != kKeys) {
         std::printf("keystroke to new frequency: %zu of %d changes found\n", delays.size(), kKeys);

@@ -218,23 +218,30 @@ private:
 
     // The server asks for `frames`: what it holds is then the queued time
     // less those, so everything before that has been read and need not be
-    // pulled again.
+    // pulled again. A change not yet rewritten is rewritten first, from
+    // there: pulling on past a broken loop's last pass before it would
+    // leave the change behind everything queued.
     void fill(std::size_t frames)
     {
         lastRequest_ = Clock::now();
         const std::uint64_t queued = bytesFor(kQueuedMs) / 2;
-        const bool pulled = link.with([&](PlayQueue& queue) {
+        const std::uint64_t held = queued > frames ? queued - frames : 0;
+        std::uint64_t read = 0;
+        link.with([&](PlayQueue& queue) {
             const std::uint64_t end = queue.pulledFrames();
-            const std::uint64_t held = queued > frames ? queued - frames : 0;
-            queue.settle(end > held ? end - held : 0);
-            pullInto(queue, frames);
+            read = end > held ? end - held : 0;
+            queue.settle(read);
         });
+        if (changed_.exchange(false)) rewritePending_ = true;  // changed while this request waited
+        if (rewritePending_) rewriteFrom(read, Clock::duration::zero());
+        const bool pulled = link.with([&](PlayQueue& queue) { pullInto(queue, frames); });
         if (pulled) write(0, PA_SEEK_RELATIVE);
     }
 
     void askWherePlaying()
     {
         timingAsked_ = Clock::now();
+        rewritePending_ = true;
         if (pa_operation* asked = pa_stream_update_timing_info(stream_, &ServerFeeder::onTiming, this)) {
             pa_operation_unref(asked);
         }
@@ -244,16 +251,20 @@ private:
     {
         const pa_timing_info* info = success ? pa_stream_get_timing_info(stream) : nullptr;
         if (info == nullptr || info->read_index_corrupt || info->read_index < 0) return;
-        static_cast<ServerFeeder*>(self)->rewriteFrom(static_cast<std::uint64_t>(info->read_index) / 2);
+        auto* feeder = static_cast<ServerFeeder*>(self);
+        if (!feeder->rewritePending_) return;  // a request for data came first and rewrote
+        // The server read on while its answer came back: about half the
+        // time the answer took.
+        feeder->rewriteFrom(static_cast<std::uint64_t>(info->read_index) / 2,
+                            (Clock::now() - feeder->timingAsked_) / 2);
     }
 
-    // Pulls again from just past `read` (where the server was reading when
-    // it answered) what the server holds, and writes it over the old.
-    void rewriteFrom(std::uint64_t read)
+    // Pulls again from just past `read` (where the server was reading
+    // `since` ago) what the server holds, and writes it over the old.
+    void rewriteFrom(std::uint64_t read, Clock::duration since)
     {
-        const auto answered = Clock::now() - timingAsked_;
-        const std::uint64_t target =
-            read + framesIn(answered / 2 + std::chrono::milliseconds(kRewriteMarginMs), rate_);
+        rewritePending_ = false;
+        const std::uint64_t target = read + framesIn(since + std::chrono::milliseconds(kRewriteMarginMs), rate_);
         std::uint64_t from = 0;
         const bool pulled = link.with([&](PlayQueue& queue) {
             const std::uint64_t end = queue.pulledFrames();
@@ -273,6 +284,7 @@ private:
     std::vector<std::int16_t> buffer_;
     Clock::time_point lastRequest_;
     Clock::time_point timingAsked_;
+    bool rewritePending_ = false;  // asked where the server reads, not yet rewritten
     bool failed_ = false;
 };
 
