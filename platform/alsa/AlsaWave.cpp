@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -79,6 +80,16 @@ struct Probe {
 std::string firstLine(const std::string& text)
 {
     return text.substr(0, text.find('\n'));
+}
+
+// A sound server's plugin describes itself as "Playback/recording through
+// the <server>", which the 31 characters of a device name would cut before
+// the server's name: the device is named by the server alone.
+std::string deviceNameOf(std::string description)
+{
+    constexpr std::string_view kThrough = "Playback/recording through the ";
+    if (description.starts_with(kThrough)) description.erase(0, kThrough.size());
+    return description;
 }
 
 // The description ALSA's hints give a PCM name.
@@ -230,7 +241,7 @@ std::vector<Device> listDevices(snd_pcm_stream_t stream)
     const int opened = snd_pcm_open(&pcm, "default", stream, SND_PCM_NONBLOCK);
     if (opened >= 0) snd_pcm_close(pcm);
     if (opened >= 0 || deviceError(opened) != MMSYSERR_NODRIVER) {
-        std::string name = hintDescription("default");
+        std::string name = deviceNameOf(hintDescription("default"));
         devices.push_back({"default", "default", "default", name.empty() ? "Default" : name, -1, 0,
                            stream == SND_PCM_STREAM_PLAYBACK && pulse::defaultPcmIsServer()});
     }

@@ -178,16 +178,22 @@ private:
         loop_ = nullptr;
     }
 
-    // Feeds until the program lets go. The server asks for data as it plays;
-    // one that asks for none for the stall limit (stopped, hung) is gone.
+    // Feeds until the program lets go. The server asks for data as it plays.
+    // When it has asked for none for a while (it may be starting its sink,
+    // or stopped), it is asked where it plays; one that does not answer
+    // within the rest of the stall limit (stopped, hung) is gone.
     void feed()
     {
-        const auto stallLimit = std::chrono::milliseconds(alsa::kStallLimitMs + kRequestMs);
-        lastRequest_ = Clock::now();
+        const auto askAfter = std::chrono::milliseconds(kRequestMs + kRequestMs / 5);
+        const auto answerWithin = std::chrono::milliseconds(alsa::kStallLimitMs - kRequestMs);
+        lastHeard_ = Clock::now();
         while (!link.isCut() && !failed_) {
             if (changed_.exchange(false)) askWherePlaying();
-            iterate(lastRequest_ + stallLimit - Clock::now());
-            if (contextState() != 0 || streamState() != 0 || Clock::now() - lastRequest_ > stallLimit) {
+            const auto now = Clock::now();
+            if (!asking_ && now - lastHeard_ >= askAfter) askWherePlaying(false);
+            iterate(asking_ ? unanswered_ + answerWithin - now : lastHeard_ + askAfter - now);
+            if (contextState() != 0 || streamState() != 0 ||
+                (asking_ && Clock::now() - unanswered_ > answerWithin)) {
                 failed_ = true;
             }
         }
@@ -223,7 +229,7 @@ private:
     // leave the change behind everything queued.
     void fill(std::size_t frames)
     {
-        lastRequest_ = Clock::now();
+        lastHeard_ = Clock::now();
         const std::uint64_t queued = bytesFor(kQueuedMs) / 2;
         const std::uint64_t held = queued > frames ? queued - frames : 0;
         std::uint64_t read = 0;
@@ -238,10 +244,15 @@ private:
         if (pulled) write(0, PA_SEEK_RELATIVE);
     }
 
-    void askWherePlaying()
+    // Asks the server where it is reading: for a change to rewrite from, or
+    // to hear from a server that has asked for nothing for a while.
+    void askWherePlaying(bool toRewrite = true)
     {
+        if (toRewrite) rewritePending_ = true;
+        if (asking_ && !toRewrite) return;
+        if (!asking_) unanswered_ = Clock::now();
+        asking_ = true;
         timingAsked_ = Clock::now();
-        rewritePending_ = true;
         if (pa_operation* asked = pa_stream_update_timing_info(stream_, &ServerFeeder::onTiming, this)) {
             pa_operation_unref(asked);
         }
@@ -249,9 +260,11 @@ private:
 
     static void onTiming(pa_stream* stream, int success, void* self)
     {
+        auto* feeder = static_cast<ServerFeeder*>(self);
+        feeder->asking_ = false;
+        feeder->lastHeard_ = Clock::now();
         const pa_timing_info* info = success ? pa_stream_get_timing_info(stream) : nullptr;
         if (info == nullptr || info->read_index_corrupt || info->read_index < 0) return;
-        auto* feeder = static_cast<ServerFeeder*>(self);
         if (!feeder->rewritePending_) return;  // a request for data came first and rewrote
         // The server read on while its answer came back: about half the
         // time the answer took.
@@ -282,8 +295,10 @@ private:
     pa_stream* stream_ = nullptr;
     std::atomic<bool> changed_{false};
     std::vector<std::int16_t> buffer_;
-    Clock::time_point lastRequest_;
+    Clock::time_point lastHeard_;    // the server's last request or answer
     Clock::time_point timingAsked_;
+    bool asking_ = false;            // asked where the server reads, no answer yet
+    Clock::time_point unanswered_;   // since when the server owes an answer
     bool rewritePending_ = false;  // asked where the server reads, not yet rewritten
     bool failed_ = false;
 };
