@@ -24,15 +24,22 @@ namespace {
 using backend::PlayQueue;
 using Clock = std::chrono::steady_clock;
 
-// Half a second queued in the server, asked for in tenths: the thread wakes
-// about ten times a second, and may be held off 400 ms before the server
-// runs dry.
+// Half a second queued in the server, asked for in pieces of 240 ms: the
+// thread wakes about four times a second, and may be held off 260 ms before
+// the server runs dry. The server sets the sink's own latency (how far
+// ahead of the loudspeaker it renders, which a change cannot overtake) to
+// the queued time less two pieces: 20 ms.
 constexpr unsigned kQueuedMs = 500;
-constexpr unsigned kRequestMs = 100;
+constexpr unsigned kRequestMs = 240;
 // A change is written from this far past the server's reading position as
 // last reported (plus half the time the report took), so that it lands
 // before the server reads there even when the thread was a little late.
 constexpr unsigned kRewriteMarginMs = 20;
+// A server that has asked for nothing for a while and then does not answer
+// where it plays within this time is gone (stopped, hung): with the wait
+// before asking (a piece's time and 20 ms), a stalled server is told in
+// about half a second.
+constexpr unsigned kAnswerWithinMs = 250;
 // Pulls are remembered in steps of this many milliseconds: a change starts
 // at most this much later than it could.
 constexpr unsigned kPullStepMs = 5;
@@ -184,8 +191,8 @@ private:
     // within the rest of the stall limit (stopped, hung) is gone.
     void feed()
     {
-        const auto askAfter = std::chrono::milliseconds(kRequestMs + kRequestMs / 5);
-        const auto answerWithin = std::chrono::milliseconds(alsa::kStallLimitMs - kRequestMs);
+        const auto askAfter = std::chrono::milliseconds(kRequestMs + 20);
+        const auto answerWithin = std::chrono::milliseconds(kAnswerWithinMs);
         lastHeard_ = Clock::now();
         while (!link.isCut() && !failed_) {
             if (changed_.exchange(false)) askWherePlaying();

@@ -5,10 +5,11 @@
 // only once everything written before it has played; a short queue then
 // keeps changes quick but needs frequent wake-ups and runs dry when the
 // machine is loaded. The server's protocol lets a client write over what it
-// holds but has not played, so this output keeps half a second queued
-// (a loaded machine may hold it off that long), is woken about ten times a
-// second, and on a change pulls the signal again from just past where the
-// server is reading (PlayQueue::rewind) and writes it over the old.
+// holds but has not played, so this output keeps half a second queued (a
+// loaded machine may hold its thread off 260 ms without a gap), is woken
+// about four times a second, and on a change pulls the signal again from
+// just past where the server is reading (PlayQueue::rewind) and writes it
+// over the old.
 #include <memory>
 
 #include "platform/WaveBackend.h"
