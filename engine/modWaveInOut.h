@@ -147,9 +147,6 @@ void gWaveOutPlay(std::int32_t lLoops, std::int16_t nFirst, std::int16_t nLast,
 // Whether the current output header is done, waiting for it within its
 // budget (mbWaveOutDoneHdrPtr).
 Bool16 gbWaveOutDone(ErrorFlag& bError);
-// Waits, within the budget of the header that played before the last
-// change, until that header's pass is done and the changed signal plays.
-void gWaveOutWaitChangePlaying(ErrorFlag& bError);
 // Whether the open output has been lost (its device or sound server gone or
 // stalled), with the platform's text for it in sText. Cheap: a window may
 // ask every few hundred milliseconds. A closed output is not lost. The next
@@ -178,12 +175,6 @@ void gWaveInRecordOpen(std::int32_t lSampleRate, std::int16_t nBits, std::int32_
 // from index 1 and closes the input. An input that delivers too little in
 // time is closed, nothing is copied, and a warning box says so.
 void gWaveInRecordStop(std::int32_t lBytes, rt::SampleArray& anRecord, ErrorFlag& bError);
-// Records lSamples of the input at lSampleRate into anRecord (sized to
-// them, from index 1) while the output plays on as it is, as a tone's
-// measurement does; fails as gWaveInRecordStop does when the input delivers
-// too little in time.
-void gWaveInRecordWhilePlaying(std::int32_t lSampleRate, std::int32_t lSamples,
-                               rt::SampleArray& anRecord, ErrorFlag& bError);
 // Closes the input when open (reset, headers unprepared and freed); the
 // handle is 0 afterwards in every case.
 void gWaveInClose(ErrorFlag& bError);

@@ -108,24 +108,6 @@ void gWaveInRecordStop(std::int32_t lBytes, rt::SampleArray& anRecord, ErrorFlag
     trap.step([&] { gWaveInClose(bError); });
 }
 
-void gWaveInRecordWhilePlaying(std::int32_t lSampleRate, std::int32_t lSamples,
-                               rt::SampleArray& anRecord, ErrorFlag& bError)
-{
-    const std::int32_t bytes = lSamples * 2;
-    rt::Trap trap(kModule, "gWaveInRecordWhilePlaying", bError);
-    trap.step([&] {
-        gWaveInRecordOpen(lSampleRate, 16, bytes, bError);
-        trap.leaveOnError(bError);
-    });
-    trap.step([&] { anRecord.redim(1, lSamples); });
-    trap.step([&] {
-        if (mbWaveOk(trap, mm::waveInStart(inputHandle()), Direction::In, bError)) return;
-        ErrorFlag closing = kFalse;
-        gWaveInClose(closing);
-    });
-    trap.step([&] { gWaveInRecordStop(bytes, anRecord, bError); });
-}
-
 void gWaveInClose(ErrorFlag& bError)
 {
     WaveSide& input = gState.input;

@@ -424,18 +424,6 @@ Bool16 gbWaveOutDone(ErrorFlag& bError)
     return bDone;
 }
 
-void gWaveOutWaitChangePlaying(ErrorFlag& bError)
-{
-    const OutputSide& output = gState.output;
-    rt::Trap trap(kModule, "gWaveOutWaitChangePlaying", bError);
-    trap.step([&] {
-        if (output.handle == 0 || output.currentHdr < 1) return;
-        // The other header held the signal before the change: once its pass
-        // is done, the current one plays.
-        mbWaveOutDoneHdrPtr(output.currentHdr == 2 ? 1 : 2, bError);
-    });
-}
-
 void gWaveOutClose(Bool16 bReset, ErrorFlag& bError)
 {
     OutputSide& output = gState.output;

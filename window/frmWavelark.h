@@ -336,6 +336,9 @@ private:
     std::int32_t mlAnalysedSignal(rt::SampleArray& anSignal, std::int32_t lMax);
     // Draws the spectrum of the analysed signal and its figures on the plot.
     void mShowSpectrum(ErrorFlag& bError);
+    // Records a second of the signal as it plays (Measure tone, the remote
+    // measurement) and keeps it as the analysed signal.
+    void mRecordPlayingTone(ErrorFlag& bError);
     // Keeps anRecord, recorded at the input's rate, as the analysed signal.
     void mKeepRecording();
     // A made signal replaces the recording as what is analysed.

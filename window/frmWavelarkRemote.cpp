@@ -44,11 +44,6 @@ namespace {
 
 constexpr std::int32_t kLowestPort = 1024;
 constexpr std::int32_t kHighestPort = 65535;
-// A tone's measurement starts once a change is playing, records this long
-// and leaves out the first quarter of a second: the sound server's buffer
-// may still hold the signal from before the change.
-constexpr double kRecordSeconds = 1.25;
-constexpr double kSettleSeconds = 0.25;
 
 struct CaughtBox {
     std::string text;
@@ -497,7 +492,6 @@ std::optional<scpi::BurstMeasurement> frmWavelark::RemoteControl::fireMeasuredBu
 
 std::optional<scpi::ToneMeasurement> frmWavelark::RemoteControl::measure(scpi::ErrorQueue& errors)
 {
-    const std::int32_t rate = gWaveInInfo().sampleRate;
     const bool playing = w_.chkMute->value() == 0 && w_.chkBurstAuto->value() == 0;
     if (!playing && w_.anRecorded.empty()) {
         errors.push(scpi::kSettingsConflict,
@@ -507,17 +501,9 @@ std::optional<scpi::ToneMeasurement> frmWavelark::RemoteControl::measure(scpi::E
     ErrorFlag bError = kFalse;
     if (playing) {
         Caught caught(w_, errors);
-        // A change made just before may still wait for the end of the pass
-        // that played when it came.
-        gWaveOutWaitChangePlaying(bError);
+        w_.mRecordPlayingTone(bError);
+        w_.anRecord.redim(0, 0);
         if (bError) return std::nullopt;
-        rt::SampleArray recording;
-        gWaveInRecordWhilePlaying(rate, static_cast<std::int32_t>(rate * kRecordSeconds), recording, bError);
-        if (bError) return std::nullopt;
-        const auto settle = static_cast<std::int32_t>(rate * kSettleSeconds);
-        w_.anRecorded.redim(1, recording.ubound() - settle);
-        std::copy(&recording.at(settle + 1), &recording.at(recording.ubound()) + 1, &w_.anRecorded.at(1));
-        w_.recordedRate_ = rate;
     }
     const Spectrum spectrum = gSpectrum(w_.anRecorded, w_.recordedRate_, bError);
     const SpectrumFigures figures = gSpectrumFigures(spectrum, bError);

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+#include <algorithm>
+
 #include <QAction>
 #include <QActionGroup>
 #include <QLabel>
@@ -30,6 +32,10 @@
 namespace {
 
 constexpr const char* kMeasureToneTitle = "Measure tone";
+// A tone's recording starts with the change that remakes it, and its first
+// quarter of a second is left out: a change made just before may still be
+// coming back through the sound path.
+constexpr double kToneSettleSeconds = 0.25;
 // The spectrum looks at no more than this many samples (1.5 s at 44.1 kHz),
 // so that a precise loop of a million samples is drawn in milliseconds; the
 // window keeps the figures' resolution far below a hertz.
@@ -119,19 +125,36 @@ void frmWavelark::mnuPlotMeasureTone_Click()
             host::msgBox(kMutedText, host::kExclamation, kMeasureToneTitle);
             trap.leave();
         });
-        // One second at the input's rate, recorded while the signal is remade
-        // and follows itself at the end of the playing pass.
-        trap.step([&] { anRecord.redim(1, std::max(gWaveInInfo().sampleRate, 1)); });
         trap.step([&] {
-            mWaveChangeShow("", 0, false, bError);
+            mRecordPlayingTone(bError);
             trap.leaveOnError(bError);
         });
-        trap.step([&] { mKeepRecording(); });
         trap.step([&] { mnuPlotSpectrum->setChecked(true); });
     }
     rt::Trap trap(kModule, "mnuPlotMeasureTone_Click");
     trap.step([&] { anRecord.redim(0, 0); });
     trap.step([&] { mShowTimeResponse(lblOutLevel->foreColor(), bError); });
+}
+
+void frmWavelark::mRecordPlayingTone(ErrorFlag& bError)
+{
+    const std::int32_t rate = std::max(gWaveInInfo().sampleRate, 1);
+    const auto settle = static_cast<std::int32_t>(rate * kToneSettleSeconds);
+    rt::Trap trap(kModule, "mRecordPlayingTone", bError);
+    // Recorded while the signal is remade and follows itself at the end of
+    // the playing pass, without a gap.
+    trap.step([&] { anRecord.redim(1, settle + rate); });
+    trap.step([&] {
+        mWaveChangeShow("", 0, false, bError);
+        trap.leaveOnError(bError);
+    });
+    trap.step([&] {
+        rt::SampleArray kept;
+        kept.redim(1, rate);
+        std::copy(&anRecord.at(settle + 1), &anRecord.at(settle + rate) + 1, &kept.at(1));
+        anRecord = kept;
+        mKeepRecording();
+    });
 }
 
 void frmWavelark::mKeepRecording()
