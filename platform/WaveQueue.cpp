@@ -79,7 +79,7 @@ void PlayQueue::reset()
     inLoop_ = false;
     breakPending_ = false;
     points_.clear();
-    resetFrom_ = 0;
+    emptiedByReset_ = true;
 }
 
 void PlayQueue::abandon() { reset(); }
@@ -118,7 +118,7 @@ void PlayQueue::popDone(std::size_t count)
     // A header marked done may be unprepared and freed: no pull goes back
     // before this point.
     points_.clear();
-    resetFrom_ = kNowhere;
+    emptiedByReset_ = false;
     cursor_ = 0;
     offset_ = 0;
     enterCursor();
@@ -193,7 +193,7 @@ std::uint64_t PlayQueue::rewind(std::uint64_t position)
     std::lock_guard lock(mutex_);
     if (position >= pulled_) return pulled_;
     const bool beforePoints = points_.empty() || position < points_.front().position;
-    if (resetFrom_ != kNowhere && position >= resetFrom_ && beforePoints) {
+    if (emptiedByReset_ && beforePoints) {
         // Emptied by a reset since: whatever the queue holds now starts here.
         points_.clear();
         pulled_ = position;

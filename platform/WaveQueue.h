@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <limits>
 #include <mutex>
 
 #include "platform/WaveApi.h"
@@ -101,7 +100,6 @@ private:
         std::size_t framesThisPass;
         bool queueWasEmpty;
     };
-    static constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
     const PcmLayout layout_;
     mutable std::mutex mutex_;
@@ -114,10 +112,10 @@ private:
     std::size_t framesThisPass_ = 0;
     std::uint64_t pulled_ = 0;
     // Where a rewind may land: the remembered points since the last header
-    // was marked done, and, after a reset, every position from resetFrom_ on
-    // (the queue was emptied, so any of them may start afresh).
+    // was marked done, and, after a reset emptied the queue, any position
+    // before them (each may start afresh).
     std::deque<RewindPoint> points_;
-    std::uint64_t resetFrom_ = kNowhere;
+    bool emptiedByReset_ = false;
 };
 
 class CaptureQueue {

@@ -188,7 +188,7 @@ private:
     // Feeds until the program lets go. The server asks for data as it plays.
     // When it has asked for none for a while (it may be starting its sink,
     // or stopped), it is asked where it plays; one that does not answer
-    // within the rest of the stall limit (stopped, hung) is gone.
+    // within kAnswerWithinMs (stopped, hung) is gone.
     void feed()
     {
         const auto askAfter = std::chrono::milliseconds(kRequestMs + 20);

@@ -66,8 +66,7 @@ protected:
     {
         AlsaBench::SetUp();
         if (IsSkipped()) return;
-        ASSERT_TRUE(server.ready()) << "a second private server could not be started";
-        ::setenv("PULSE_SERVER", server.address().c_str(), 1);
+        ASSERT_TRUE(server.playThrough()) << "a second private server could not be started";
         ASSERT_TRUE(waitFor([&] { return waveOutOpen(&output, 0, &format, 0, 0, CALLBACK_NULL) == 0; }, 5000));
         tone.emplace(output, makeTone(441, 10, 16000));
         ASSERT_EQ(waveOutWrite(output, &tone->header, sizeof tone->header), MMSYSERR_NOERROR);

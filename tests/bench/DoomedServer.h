@@ -1,17 +1,19 @@
 #pragma once
 // For the bench tests: a bounded poll, and a second private sound server of
 // a test's own, which the test may kill (the shared one of scripts/test
-// stays up), stop or resume. Point PULSE_SERVER at address() to play
-// through it.
+// stays up), stop or resume; playThrough() points the program's sound at
+// it.
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -69,7 +71,13 @@ public:
             pid_ = 0;
         }
     }
-    ~DoomedServer() { kill(); }
+    ~DoomedServer()
+    {
+        kill();
+        if (!redirected_) return;
+        if (previous_) ::setenv("PULSE_SERVER", previous_->c_str(), 1);
+        else ::unsetenv("PULSE_SERVER");
+    }
 
     // Waits until the server listens; false when it did not start.
     bool ready()
@@ -78,6 +86,20 @@ public:
         return waitFor([&] { return std::filesystem::exists(socket_); }, 10000);
     }
     std::string address() const { return "unix:" + socket_; }
+
+    // Waits until the server listens and points PULSE_SERVER at it; the
+    // address before comes back when the server goes. False when it did not
+    // start.
+    bool playThrough()
+    {
+        if (!ready()) return false;
+        if (!redirected_) {
+            if (const char* before = std::getenv("PULSE_SERVER")) previous_ = before;
+            redirected_ = true;
+        }
+        ::setenv("PULSE_SERVER", address().c_str(), 1);
+        return true;
+    }
 
     // Holds the server as a hung or suspended one is held, and lets it go.
     void stop() { ::kill(pid_, SIGSTOP); }
@@ -95,6 +117,8 @@ private:
     std::string folder_;
     std::string socket_;
     pid_t pid_ = 0;
+    bool redirected_ = false;
+    std::optional<std::string> previous_;
 };
 
 }  // namespace testing_support

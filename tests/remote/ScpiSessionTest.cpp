@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "remote/ScpiSession.h"
@@ -159,18 +160,14 @@ TEST_F(Remote, BooleansAndMnemonicsTakeTheirFormsAndRefuseOthers)
 
 TEST_F(Remote, MissingExtraOrMistypedParametersAreRefused)
 {
-    run("FREQ");
-    EXPECT_EQ(nextError().substr(0, 5), "-109,");
-    run("FREQ 100,200");
-    EXPECT_EQ(nextError().substr(0, 5), "-108,");
-    run("FREQ? 5");
-    EXPECT_EQ(nextError().substr(0, 5), "-108,");
-    run("FREQ ON");
-    EXPECT_EQ(nextError().substr(0, 5), "-104,");
-    run("FREQ 'ten'");
-    EXPECT_EQ(nextError().substr(0, 5), "-104,");
-    run("FREQ 1e999");
-    EXPECT_EQ(nextError().substr(0, 5), "-222,");
+    const std::pair<const char*, const char*> refused[] = {
+        {"FREQ", "-109,"},    {"FREQ 100,200", "-108,"}, {"FREQ? 5", "-108,"},
+        {"FREQ ON", "-104,"}, {"FREQ 'ten'", "-104,"},   {"FREQ 1e999", "-222,"},
+    };
+    for (const auto& [line, code] : refused) {
+        run(line);
+        EXPECT_EQ(nextError().substr(0, 5), code) << line;
+    }
     EXPECT_EQ(instrument.numbers[Number::Frequency1], 1000);
 }
 
